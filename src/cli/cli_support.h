@@ -1,0 +1,68 @@
+// What every quillmere-cli command shares: the puzzle arguments (FILE, -n, --set),
+// loading, the JSON and human outputs, and the exit codes.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "core/headless_port.h"
+#include "core/puzzle_model.h"
+
+namespace qm::cli {
+
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitFailed = 1;
+inline constexpr int kExitUsage = 2;
+
+struct Output {
+  std::ostream& out;
+  std::ostream& err;
+  bool json = false;
+};
+
+// A command's work, run after the command line has been parsed; returns the exit code.
+using CommandRun = std::function<int(Output&)>;
+
+using CommandList = std::vector<std::pair<CLI::App*, CommandRun>>;
+
+// Adds a subcommand with the --json flag and records what runs it.
+CLI::App* AddCommand(CLI::App& app, CommandList& commands,
+                     const std::string& name, const std::string& description, bool& json,
+                     CommandRun run);
+
+struct PuzzleArgs {
+  std::string file;
+  int ordinal = 1;
+  std::vector<std::string> sets;  // "K=TEXT"
+};
+
+// FILE, -n/--puzzle and, when `withSets`, the repeatable --set K=TEXT.
+void AddPuzzleArgs(CLI::App& command, PuzzleArgs& args, bool withSets);
+
+// A command-line fault found after parsing (such as a --set position past the grid).
+struct UsageError {
+  std::string message;
+};
+
+// Loads the puzzle as ReadPuzzle does and applies the --set edits. Returns false with
+// the system's read error message when the record cannot be read; throws UsageError
+// for a --set the loaded grid cannot take.
+bool LoadPuzzle(PuzzleModel& model, HeadlessPort& port, const PuzzleArgs& args, std::string& error);
+
+// Reports a failure: {"error": ...} plus the known fields with --json, the message on
+// stderr otherwise. Returns kExitFailed.
+int Fail(Output& output, const std::string& message, nlohmann::json known = nlohmann::json::object());
+
+// Texts of the model (Windows-1252) as UTF-8 JSON strings.
+nlohmann::json TextsJson(const PuzzleModel& model, const PerPosition<std::string>& texts);
+nlohmann::json IntsJson(const PuzzleModel& model, const PerPosition<int>& values);
+
+// The grid drawn for people: the shown texts and, beside them, the stored solution.
+std::vector<std::string> DrawPuzzle(const PuzzleModel& model);
+std::vector<std::string> DrawGrid(const PuzzleModel& model, const PerPosition<std::string>& texts);
+
+}  // namespace qm::cli

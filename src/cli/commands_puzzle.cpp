@@ -1,0 +1,104 @@
+// count, show and check: reading a collection file and judging a grid.
+#include <memory>
+
+#include "cli/cli_support.h"
+#include "cli/commands.h"
+#include "core/collection_file.h"
+#include "core/rule_checks.h"
+#include "core/text_rules.h"
+
+namespace qm::cli {
+
+namespace {
+
+void PrintIndented(std::ostream& out, const std::vector<std::string>& lines) {
+  for (const std::string& line : lines) out << (line.empty() ? "" : "  ") << line << '\n';
+}
+
+int RunCount(Output& output, const std::string& file) {
+  const int count = CountPuzzles(file);
+  if (output.json) {
+    output.out << nlohmann::json{{"file", file}, {"count", count}}.dump(2) << '\n';
+  } else {
+    output.out << count << (count == 1 ? " puzzle in " : " puzzles in ") << file << '\n';
+  }
+  return kExitOk;
+}
+
+int RunShow(Output& output, const PuzzleArgs& args) {
+  PuzzleModel model;
+  HeadlessPort port;
+  std::string error;
+  if (!LoadPuzzle(model, port, args, error)) return Fail(output, error, {{"ordinal", args.ordinal}});
+  const std::string title = "#" + std::to_string(model.RecordNumber) + " " + model.Comment;
+  if (output.json) {
+    const nlohmann::json result = {
+        {"ordinal", args.ordinal},
+        {"number", model.RecordNumber},
+        {"title", Cp1252ToUtf8(title)},
+        {"comment", Cp1252ToUtf8(model.Comment)},
+        {"size", model.GridSize},
+        {"signs", model.ConstraintCount},
+        {"clues", model.ClueCount},
+        {"puzzle_count", model.PuzzleCount},
+        {"positions", TextsJson(model, model.PosText)},
+        {"given", IntsJson(model, model.GivenValue)},
+        {"solution", TextsJson(model, model.SolutionText)},
+    };
+    output.out << result.dump(2) << '\n';
+    return kExitOk;
+  }
+  output.out << "Puzzle " << args.ordinal << " of " << model.PuzzleCount << " in " << args.file << '\n'
+             << Cp1252ToUtf8(title) << '\n'
+             << "Size " << model.GridSize << "x" << model.GridSize << ", " << model.ConstraintCount
+             << " signs, " << model.ClueCount << " clues\n\n";
+  PrintIndented(output.out, DrawPuzzle(model));
+  return kExitOk;
+}
+
+int RunCheck(Output& output, const PuzzleArgs& args) {
+  PuzzleModel model;
+  HeadlessPort port;
+  std::string error;
+  if (!LoadPuzzle(model, port, args, error)) return Fail(output, error, {{"ordinal", args.ordinal}});
+  const CheckResult extremes = CheckExtremes(model);
+  const CheckResult grid = CheckGrid(model);
+  const VerifyOutcome verify = VerifyGrid(model);
+  if (output.json) {
+    const nlohmann::json result = {
+        {"extremes", {{"result", extremes.result}, {"message", extremes.message}}},
+        {"grid", {{"result", grid.result}, {"message", grid.message}}},
+        {"verify", verify.text},
+    };
+    output.out << result.dump(2) << '\n';
+    return kExitOk;
+  }
+  PrintIndented(output.out, DrawGrid(model, model.PosText));
+  output.out << '\n';
+  output.out << "Extremes: " << extremes.result
+             << (extremes.message.empty() ? "" : "  " + extremes.message) << '\n';
+  output.out << "Grid:     " << grid.result << (grid.message.empty() ? "" : "  " + grid.message) << '\n';
+  output.out << "Verify:   " << verify.text << '\n';
+  return kExitOk;
+}
+
+}  // namespace
+
+void RegisterPuzzleCommands(CLI::App& app, CommandList& commands, bool& json) {
+  auto countFile = std::make_shared<std::string>();
+  CLI::App* count = AddCommand(app, commands, "count", "Count the puzzles of a collection file", json,
+                               [countFile](Output& output) { return RunCount(output, *countFile); });
+  count->add_option("FILE", *countFile, "Collection file")->required();
+
+  auto showArgs = std::make_shared<PuzzleArgs>();
+  CLI::App* show = AddCommand(app, commands, "show", "Load a puzzle and print it", json,
+                              [showArgs](Output& output) { return RunShow(output, *showArgs); });
+  AddPuzzleArgs(*show, *showArgs, false);
+
+  auto checkArgs = std::make_shared<PuzzleArgs>();
+  CLI::App* check = AddCommand(app, commands, "check", "Run the rule checks on a loaded (and edited) grid",
+                               json, [checkArgs](Output& output) { return RunCheck(output, *checkArgs); });
+  AddPuzzleArgs(*check, *checkArgs, true);
+}
+
+}  // namespace qm::cli

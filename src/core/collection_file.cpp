@@ -1,0 +1,272 @@
+#include "core/collection_file.h"
+
+#include <array>
+#include <stdexcept>
+#include <vector>
+
+#include "core/text_rules.h"
+
+namespace qm {
+
+namespace {
+
+// A record that cannot be read: the load ends as if the record were not there.
+struct RecordError {};
+
+bool IsRecordLine(const std::string& line) { return !line.empty() && line[0] == '#'; }
+
+// One character of a grid line as the model keeps it: "" past the end, "V" as "v".
+std::string GridChar(const std::string& line, int col) {
+  if (col < 1 || static_cast<std::size_t>(col) > line.size()) return {};
+  const char c = line[static_cast<std::size_t>(col) - 1];
+  return std::string(1, c == 'V' ? 'v' : c);
+}
+
+std::vector<std::string_view> SplitAtBlanks(std::string_view line) {
+  std::vector<std::string_view> fields;
+  std::size_t start = 0;
+  for (;;) {
+    const std::size_t blank = line.find(' ', start);
+    if (blank == std::string_view::npos) {
+      fields.push_back(line.substr(start));
+      return fields;
+    }
+    fields.push_back(line.substr(start, blank - start));
+    start = blank + 1;
+  }
+}
+
+// The size line in its three forms: "N signs clues", "N signs" (clues counted later),
+// or the older one-field form "signs" for a 5x5 puzzle. Returns N.
+int ParseSizeLine(PuzzleModel& model, const std::string& line) {
+  model.ClueCount = -1;
+  if (Trim(line).find(' ') == std::string_view::npos) {
+    model.ConstraintCount = IntegerValue(line);
+    return 5;
+  }
+  const int n = IntegerValue(std::string_view(line).substr(0, 1));
+  const auto fields = SplitAtBlanks(line);
+  model.ConstraintCount = IntegerValue(fields[1]);
+  if (fields.size() == 3) model.ClueCount = IntegerValue(fields[2]);
+  return n;
+}
+
+// Reads the record whose "#" line `file` has just passed. Returns the comment.
+std::string ParseRecord(PuzzleModel& model, LineReader& file) {
+  std::string commentLine;
+  if (!file.ReadLine(commentLine)) throw RecordError{};
+  std::size_t rest = 0;
+  std::string comment = ReadDelimitedField(commentLine, rest);
+
+  // A comma in the comment ends the comment field, and the text after it is taken as
+  // the size line: such a record reads wrongly, as it always has.
+  std::string sizeLine;
+  if (rest != std::string_view::npos) {
+    sizeLine = commentLine.substr(rest);
+  } else if (!file.ReadLine(sizeLine)) {
+    throw RecordError{};
+  }
+  const int n = ParseSizeLine(model, sizeLine);
+  if (n < kMinGridSize || n > kMaxGridSize) throw RecordError{};
+  SetSize(model, n);
+
+  const int l = model.LayoutExtent;
+  std::string line;
+  for (int row = 1; row <= l; ++row) {
+    if (!file.ReadLine(line)) line.clear();  // a record cut short leaves its rows empty
+    for (int col = 1; col <= l; ++col) {
+      std::string ch = GridChar(line, col);
+      if (ch == "." || ch == "?") ch.clear();
+      const int k = model.PositionOf[row][col];
+      model.GivenValue[k] = IntegerValue(ch);
+      model.PosText[k] = std::move(ch);
+    }
+    for (int col = l + 2; col <= 2 * l + 1; ++col) {
+      model.SolutionText[model.PositionOf[row][col - l - 1]] = GridChar(line, col);
+    }
+  }
+  if (file.Failed()) throw RecordError{};
+  return comment;
+}
+
+// How WritePuzzle writes a position's shown text in the puzzle half of a grid line.
+char PuzzleChar(const PuzzleModel& model, int k) {
+  const std::string& t = model.PosText[k];
+  if (t.size() >= 2) return '?';
+  if (t.empty()) return '.';
+  if (NumericValue(t) == 0.0) return t[0];  // a sign, or another non-digit
+  if (model.GivenValue[k] >= 1) return t[0];
+  return model.GivenValue[k] < 0 ? '.' : '?';
+}
+
+char SolutionChar(const std::string& s) {
+  if (s.empty()) return '.';
+  return s.size() == 1 ? s[0] : '?';
+}
+
+// Signs: shown texts found inside "<>^v" (so a stray "<>" counts too, as it always has).
+int CountSigns(const PuzzleModel& model) {
+  constexpr std::string_view kSigns = "<>^v";
+  int signs = 0;
+  for (int k = 0; k <= model.LastPosition; ++k) {
+    const std::string& t = model.PosText[k];
+    if (!t.empty() && kSigns.find(t) != std::string_view::npos) ++signs;
+  }
+  return signs;
+}
+
+}  // namespace
+
+int CountPuzzles(const std::string& path) {
+  const auto length = FileLength(path);
+  if (!length || *length == 0) return 0;
+  LineReader file(path);
+  std::string line;
+  int count = 0;
+  while (file.ReadLine(line)) {
+    if (IsRecordLine(line) && NumericValue(std::string_view(line).substr(1)) > 0) ++count;
+  }
+  return count;
+}
+
+RecordLocation FindRecord(LineReader& file, int index) {
+  std::string line;
+  int counter = -1;
+  while (file.ReadLine(line)) {
+    if (!IsRecordLine(line)) continue;
+    ++counter;
+    if (counter < index) continue;
+    return {IntegerValue(std::string_view(line).substr(1)), false};
+  }
+  return {};
+}
+
+std::string ReadErrorMessage(int n, const std::string& path) {
+  return "Error reading puzzle#" + Str(n) + " in file:" + std::string(kLineBreak) + path;
+}
+
+ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& path, int n) {
+  port.SetBusy(true);
+  if (n == -1) {
+    ClearPositions(model);
+    port.RedrawGrid();
+    port.SetBusy(false);
+    return {};
+  }
+
+  model.PuzzleCount = 0;
+  model.PuzzleCount = CountPuzzles(path);
+  LineReader file(path);
+  const RecordLocation where = FindRecord(file, n - 1);
+  model.RecordNumber = where.number;
+
+  bool loaded = false;
+  std::string comment;
+  if (!where.notFound) {
+    try {
+      comment = ParseRecord(model, file);
+      loaded = true;
+    } catch (const RecordError&) {
+    }
+  }
+  if (!loaded) {
+    model.Comment.clear();
+    ClearPositions(model);
+    model.Modified = 0;
+    port.RedrawGrid();
+    port.RefreshPuzzleInfo();
+    port.SetBusy(false);
+    return {"", true};
+  }
+
+  model.CurrentPuzzle = n;
+  model.CurrentFile = path;
+  model.Modified = 0;
+  model.Comment = comment;
+  if (model.ClueCount == -1) {
+    model.ClueCount = 0;
+    for (int k = 0; k <= model.LastPosition; ++k) {
+      if (NumericValue(model.PosText[k]) > 0) ++model.ClueCount;
+    }
+  }
+  model.UndoList.clear();
+  model.SolutionList.clear();
+  model.SolverBusy = false;
+  port.RedrawGrid();
+  port.RefreshPuzzleInfo();
+  port.SetBusy(false);
+  return {"#" + std::to_string(model.RecordNumber) + " " + comment, false};
+}
+
+bool WritePuzzle(const PuzzleModel& model, WindowPort& port, const std::string& comment,
+                 int number, const std::string& path) {
+  int clues = 0;
+  for (int k = 0; k <= model.LastPosition; ++k) {
+    if (NumericValue(model.PosText[k]) > 0) ++clues;
+  }
+  TextBuilder record;
+  record.Line("#" + std::to_string(number));
+  record.Line(comment);
+  record.Line(std::to_string(model.GridSize) + " " + std::to_string(CountSigns(model)) + " " +
+              std::to_string(clues));
+  const int l = model.LayoutExtent;
+  for (int row = 1; row <= l; ++row) {
+    std::string line;
+    for (int col = 1; col <= l; ++col) line += PuzzleChar(model, model.PositionOf[row][col]);
+    line += '|';
+    for (int col = 1; col <= l; ++col) {
+      line += SolutionChar(model.SolutionText[model.PositionOf[row][col]]);
+    }
+    record.Line(line);
+  }
+  if (AppendToFile(path, record.Text())) return true;
+  port.ShowMessage("Error writing puzzle#" + Str(number) + " to file: " + path);
+  return false;
+}
+
+bool WritePuzzleWithSolutions(const PuzzleModel& model, WindowPort& port,
+                              const std::string& comment, int firstNumber,
+                              const std::string& path) {
+  // The older format's row table: room for layout rows 1..9 only.
+  constexpr int kRowTableSize = 10;
+  std::array<std::string, kRowTableSize> puzzleLines;
+  const int l = model.LayoutExtent;
+  for (int row = 1; row <= l && row < kRowTableSize; ++row) {
+    std::string& line = puzzleLines[static_cast<std::size_t>(row)];
+    for (int col = 1; col <= l; ++col) {
+      const int k = model.PositionOf[row][col];
+      const std::string& t = model.PosText[k];
+      if (t.empty()) {
+        line += '.';
+      } else if (model.GivenValue[k] != 0 || NumericValue(t) <= 0) {
+        line += t;
+      } else {
+        line += '?';
+      }
+    }
+  }
+
+  TextBuilder records;
+  bool ok = true;
+  const std::string sizeLine = Str(CountSigns(model)) + " ";
+  for (std::size_t i = 0; ok && i < model.SolutionList.size(); ++i) {
+    const std::string& solution = model.SolutionList[i];
+    records.Line("#" + std::to_string(firstNumber + static_cast<int>(i)));
+    records.Line(comment);
+    records.Line(sizeLine);
+    for (int row = 1; row <= l; ++row) {
+      if (row >= kRowTableSize) {  // the row table's limit: the write stops here
+        ok = false;
+        break;
+      }
+      const std::size_t from = static_cast<std::size_t>((row - 1) * l);
+      const std::string part = from < solution.size() ? solution.substr(from, static_cast<std::size_t>(l)) : "";
+      records.Line(puzzleLines[static_cast<std::size_t>(row)] + "|" + part);
+    }
+  }
+  ok = AppendToFile(path, records.Text()) && ok;
+  if (!ok) port.ShowMessage("Error writing puzzle to file: " + path);
+  return ok;
+}
+
+}  // namespace qm

@@ -1,0 +1,59 @@
+// Collection files: plain-text files of numbered puzzle records.
+//
+//   #3                  record line: "#" and the record number
+//   Sample              comment line
+//   4 4 3               size line: N, signs, clues
+//   .<..3..|1<2.3.4     2N-1 grid lines: puzzle characters, "|", solution characters
+//   ...
+//
+// Puzzle #n of a file is its n-th record in file order, whatever number it carries.
+#pragma once
+
+#include <string>
+
+#include "core/puzzle_model.h"
+#include "core/text_file.h"
+#include "core/window_port.h"
+
+namespace qm {
+
+// Records in the file: lines that begin with "#" followed by a number above 0.
+// 0 for a missing or empty file.
+int CountPuzzles(const std::string& path);
+
+struct RecordLocation {
+  int number = 0;  // the record number after "#", rounded to an integer
+  bool notFound = true;
+};
+
+// Reads `file` up to and including the record line of record `index` (0-based; 0 or
+// less gives the first). Every line that begins with "#" starts a record here.
+RecordLocation FindRecord(LineReader& file, int index);
+
+struct ReadResult {
+  std::string title;  // "#" + record number + " " + comment
+  bool notFound = false;
+};
+
+// Loads puzzle n (1-based) of the file at `path` into the model. n = -1 only clears the
+// grid. A missing record, a size outside 3..9 or any read failure leaves the grid empty
+// and reports notFound; the file is only ever read.
+ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& path, int n);
+
+// The message every command shows when puzzle n cannot be read from `path`.
+std::string ReadErrorMessage(int n, const std::string& path);
+
+// Appends the current puzzle as one record numbered `number`. On failure shows
+// "Error writing puzzle# N to file: path" and returns false.
+bool WritePuzzle(const PuzzleModel& model, WindowPort& port, const std::string& comment,
+                 int number, const std::string& path);
+
+// Appends the current puzzle once per entry of SolutionList, numbered from
+// `firstNumber`. Keeps the older 5x5 format: the size line carries only the signs, and
+// layout rows past 9 cannot be written, so puzzles above 5x5 stop with
+// "Error writing puzzle to file: path" after the lines already written.
+bool WritePuzzleWithSolutions(const PuzzleModel& model, WindowPort& port,
+                              const std::string& comment, int firstNumber,
+                              const std::string& path);
+
+}  // namespace qm

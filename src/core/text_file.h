@@ -1,0 +1,62 @@
+// Plain file access for the workbench's text files: lines end in CR LF when written;
+// a line read ends at LF, and a CR just before the LF is dropped.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qm {
+
+// The length of a regular file, or nothing when it is missing or cannot be measured
+// (a directory, for instance).
+std::optional<std::uintmax_t> FileLength(const std::string& path);
+
+// Reads a file line by line, read-only. A file that cannot be opened (missing, a
+// directory, no permission) reads as empty with IsOpen() false.
+class LineReader {
+ public:
+  explicit LineReader(const std::string& path);
+  ~LineReader();
+  LineReader(const LineReader&) = delete;
+  LineReader& operator=(const LineReader&) = delete;
+
+  bool IsOpen() const { return file_ != nullptr; }
+  // The next line into `line`; false at the end of the file or on a read error.
+  bool ReadLine(std::string& line);
+  // True once a read failed for another reason than the end of the file.
+  bool Failed() const { return failed_; }
+
+ private:
+  bool Refill();
+
+  std::FILE* file_ = nullptr;
+  std::vector<char> buffer_;
+  std::size_t begin_ = 0;
+  std::size_t end_ = 0;
+  bool eof_ = false;
+  bool failed_ = false;
+};
+
+// Collects lines and writes them with CR LF endings.
+class TextBuilder {
+ public:
+  TextBuilder& Line(std::string_view text);
+  const std::string& Text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+// Appends bytes to a file, creating it when missing. False on any failure; what was
+// written before the failure stays.
+bool AppendToFile(const std::string& path, std::string_view bytes);
+// Replaces a file's content with bytes. False on any failure.
+bool WriteWholeFile(const std::string& path, std::string_view bytes);
+
+// The directory of the running program, with a trailing "/".
+std::string ApplicationDirectory();
+
+}  // namespace qm
