@@ -1,6 +1,7 @@
 #include "cli/cli_support.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "core/collection_file.h"
 #include "core/text_rules.h"
@@ -70,7 +71,21 @@ bool LoadPuzzle(PuzzleModel& model, HeadlessPort& port, const PuzzleArgs& args, 
   return true;
 }
 
-int Fail(Output& output, const std::string& message, nlohmann::json known) {
+CLI::App* AddPuzzleCommand(CLI::App& app, CommandList& commands, const std::string& name,
+                           const std::string& description, bool& json, bool withSets, PuzzleRun run) {
+  auto args = std::make_shared<PuzzleArgs>();
+  CLI::App* command = AddCommand(app, commands, name, description, json, [args, run](Output& output) {
+    PuzzleModel model;
+    HeadlessPort port;
+    std::string error;
+    if (!LoadPuzzle(model, port, *args, error)) return Fail(output, error, {{"ordinal", args->ordinal}});
+    return run(output, *args, model, port);
+  });
+  AddPuzzleArgs(*command, *args, withSets);
+  return command;
+}
+
+int Fail(Output& output, const std::string& message, Json known) {
   if (output.json) {
     known["error"] = message;
     output.out << known.dump(2) << '\n';
@@ -80,14 +95,14 @@ int Fail(Output& output, const std::string& message, nlohmann::json known) {
   return kExitFailed;
 }
 
-nlohmann::json TextsJson(const PuzzleModel& model, const PerPosition<std::string>& texts) {
-  nlohmann::json list = nlohmann::json::array();
+Json TextsJson(const PuzzleModel& model, const PerPosition<std::string>& texts) {
+  Json list = Json::array();
   for (int k = 0; k <= model.LastPosition; ++k) list.push_back(Cp1252ToUtf8(texts[k]));
   return list;
 }
 
-nlohmann::json IntsJson(const PuzzleModel& model, const PerPosition<int>& values) {
-  nlohmann::json list = nlohmann::json::array();
+Json IntsJson(const PuzzleModel& model, const PerPosition<int>& values) {
+  Json list = Json::array();
   for (int k = 0; k <= model.LastPosition; ++k) list.push_back(values[k]);
   return list;
 }

@@ -14,6 +14,9 @@
 
 namespace qm::cli {
 
+// Objects keep their keys in the order the commands document them.
+using Json = nlohmann::ordered_json;
+
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailed = 1;
 inline constexpr int kExitUsage = 2;
@@ -53,13 +56,21 @@ struct UsageError {
 // for a --set the loaded grid cannot take.
 bool LoadPuzzle(PuzzleModel& model, HeadlessPort& port, const PuzzleArgs& args, std::string& error);
 
+// A command's work on a loaded puzzle.
+using PuzzleRun = std::function<int(Output&, const PuzzleArgs&, PuzzleModel&, HeadlessPort&)>;
+
+// Adds a command that takes FILE, -n (and --set when `withSets`), loads the puzzle and
+// then runs; a record that cannot be read fails with the system's message.
+CLI::App* AddPuzzleCommand(CLI::App& app, CommandList& commands, const std::string& name,
+                           const std::string& description, bool& json, bool withSets, PuzzleRun run);
+
 // Reports a failure: {"error": ...} plus the known fields with --json, the message on
 // stderr otherwise. Returns kExitFailed.
-int Fail(Output& output, const std::string& message, nlohmann::json known = nlohmann::json::object());
+int Fail(Output& output, const std::string& message, Json known = Json::object());
 
 // Texts of the model (Windows-1252) as UTF-8 JSON strings.
-nlohmann::json TextsJson(const PuzzleModel& model, const PerPosition<std::string>& texts);
-nlohmann::json IntsJson(const PuzzleModel& model, const PerPosition<int>& values);
+Json TextsJson(const PuzzleModel& model, const PerPosition<std::string>& texts);
+Json IntsJson(const PuzzleModel& model, const PerPosition<int>& values);
 
 // The grid drawn for people: the shown texts and, beside them, the stored solution.
 std::vector<std::string> DrawPuzzle(const PuzzleModel& model);

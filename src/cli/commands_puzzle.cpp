@@ -18,21 +18,17 @@ void PrintIndented(std::ostream& out, const std::vector<std::string>& lines) {
 int RunCount(Output& output, const std::string& file) {
   const int count = CountPuzzles(file);
   if (output.json) {
-    output.out << nlohmann::json{{"file", file}, {"count", count}}.dump(2) << '\n';
+    output.out << Json{{"file", file}, {"count", count}}.dump(2) << '\n';
   } else {
     output.out << count << (count == 1 ? " puzzle in " : " puzzles in ") << file << '\n';
   }
   return kExitOk;
 }
 
-int RunShow(Output& output, const PuzzleArgs& args) {
-  PuzzleModel model;
-  HeadlessPort port;
-  std::string error;
-  if (!LoadPuzzle(model, port, args, error)) return Fail(output, error, {{"ordinal", args.ordinal}});
+int RunShow(Output& output, const PuzzleArgs& args, PuzzleModel& model, HeadlessPort&) {
   const std::string title = "#" + std::to_string(model.RecordNumber) + " " + model.Comment;
   if (output.json) {
-    const nlohmann::json result = {
+    const Json result = {
         {"ordinal", args.ordinal},
         {"number", model.RecordNumber},
         {"title", Cp1252ToUtf8(title)},
@@ -56,16 +52,12 @@ int RunShow(Output& output, const PuzzleArgs& args) {
   return kExitOk;
 }
 
-int RunCheck(Output& output, const PuzzleArgs& args) {
-  PuzzleModel model;
-  HeadlessPort port;
-  std::string error;
-  if (!LoadPuzzle(model, port, args, error)) return Fail(output, error, {{"ordinal", args.ordinal}});
+int RunCheck(Output& output, const PuzzleArgs&, PuzzleModel& model, HeadlessPort&) {
   const CheckResult extremes = CheckExtremes(model);
   const CheckResult grid = CheckGrid(model);
   const VerifyOutcome verify = VerifyGrid(model);
   if (output.json) {
-    const nlohmann::json result = {
+    const Json result = {
         {"extremes", {{"result", extremes.result}, {"message", extremes.message}}},
         {"grid", {{"result", grid.result}, {"message", grid.message}}},
         {"verify", verify.text},
@@ -90,15 +82,9 @@ void RegisterPuzzleCommands(CLI::App& app, CommandList& commands, bool& json) {
                                [countFile](Output& output) { return RunCount(output, *countFile); });
   count->add_option("FILE", *countFile, "Collection file")->required();
 
-  auto showArgs = std::make_shared<PuzzleArgs>();
-  CLI::App* show = AddCommand(app, commands, "show", "Load a puzzle and print it", json,
-                              [showArgs](Output& output) { return RunShow(output, *showArgs); });
-  AddPuzzleArgs(*show, *showArgs, false);
-
-  auto checkArgs = std::make_shared<PuzzleArgs>();
-  CLI::App* check = AddCommand(app, commands, "check", "Run the rule checks on a loaded (and edited) grid",
-                               json, [checkArgs](Output& output) { return RunCheck(output, *checkArgs); });
-  AddPuzzleArgs(*check, *checkArgs, true);
+  AddPuzzleCommand(app, commands, "show", "Load a puzzle and print it", json, false, RunShow);
+  AddPuzzleCommand(app, commands, "check", "Run the rule checks on a loaded (and edited) grid", json, true,
+                   RunCheck);
 }
 
 }  // namespace qm::cli
