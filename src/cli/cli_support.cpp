@@ -85,10 +85,14 @@ CLI::App* AddPuzzleCommand(CLI::App& app, CommandList& commands, const std::stri
   return command;
 }
 
+void PrintJson(Output& output, const Json& object) {
+  output.out << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
 int Fail(Output& output, const std::string& message, Json known) {
   if (output.json) {
     known["error"] = message;
-    output.out << known.dump(2) << '\n';
+    PrintJson(output, known);
   } else {
     output.err << message << '\n';
   }

@@ -64,6 +64,10 @@ using PuzzleRun = std::function<int(Output&, const PuzzleArgs&, PuzzleModel&, He
 CLI::App* AddPuzzleCommand(CLI::App& app, CommandList& commands, const std::string& name,
                            const std::string& description, bool& json, bool withSets, PuzzleRun run);
 
+// The one JSON object of a command's output. Bytes that are not UTF-8 (a file name
+// given in another encoding) are printed as U+FFFD rather than failing.
+void PrintJson(Output& output, const Json& object);
+
 // Reports a failure: {"error": ...} plus the known fields with --json, the message on
 // stderr otherwise. Returns kExitFailed.
 int Fail(Output& output, const std::string& message, Json known = Json::object());

@@ -18,7 +18,7 @@ void PrintIndented(std::ostream& out, const std::vector<std::string>& lines) {
 int RunCount(Output& output, const std::string& file) {
   const int count = CountPuzzles(file);
   if (output.json) {
-    output.out << Json{{"file", file}, {"count", count}}.dump(2) << '\n';
+    PrintJson(output, Json{{"file", file}, {"count", count}});
   } else {
     output.out << count << (count == 1 ? " puzzle in " : " puzzles in ") << file << '\n';
   }
@@ -41,7 +41,7 @@ int RunShow(Output& output, const PuzzleArgs& args, PuzzleModel& model, Headless
         {"given", IntsJson(model, model.GivenValue)},
         {"solution", TextsJson(model, model.SolutionText)},
     };
-    output.out << result.dump(2) << '\n';
+    PrintJson(output, result);
     return kExitOk;
   }
   output.out << "Puzzle " << args.ordinal << " of " << model.PuzzleCount << " in " << args.file << '\n'
@@ -62,7 +62,7 @@ int RunCheck(Output& output, const PuzzleArgs&, PuzzleModel& model, HeadlessPort
         {"grid", {{"result", grid.result}, {"message", grid.message}}},
         {"verify", verify.text},
     };
-    output.out << result.dump(2) << '\n';
+    PrintJson(output, result);
     return kExitOk;
   }
   PrintIndented(output.out, DrawGrid(model, model.PosText));

@@ -154,7 +154,6 @@ ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& p
     return {};
   }
 
-  model.PuzzleCount = 0;
   model.PuzzleCount = CountPuzzles(path);
   LineReader file(path);
   const RecordLocation where = FindRecord(file, n - 1);

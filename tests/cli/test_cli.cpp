@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 
 #include "cli/commands.h"
+#include "core/text_file.h"
 #include "support/test_files.h"
 
 namespace qm::cli {
@@ -134,9 +135,16 @@ TEST_F(CliTest, UsageErrorsExitWithTwo) {
   EXPECT_EQ(Cli({"show", "--help"}).code, 0);
 }
 
+TEST_F(CliTest, FileNamesThatAreNotUtf8StillGiveOneJsonObject) {
+  const CliRun run = Cli({"show", dir.File("caf\xE9.fut"), "--json"});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_NE(run.Json()["error"].get<std::string>().find("caf\uFFFD.fut"), std::string::npos);
+}
+
 TEST(CliProgram, RunsOnTheShippedCollection) {
   const std::string cli = QUILLMERE_CLI;
   const std::string collection = std::string(QUILLMERE_APP_DIR) + "puzzles.fut";
+  EXPECT_EQ(ApplicationDirectory(), QUILLMERE_APP_DIR);  // the data files sit beside the programs
   EXPECT_EQ(WEXITSTATUS(std::system((cli + " frobnicate 2>/dev/null").c_str())), 2);
   EXPECT_EQ(WEXITSTATUS(std::system((cli + " count " + collection + " >/dev/null").c_str())), 0);
   // Every shipped record reads and is a correctly filled solution.
