@@ -10,6 +10,7 @@ QM_BUILD_PACKAGES=(
     libgtest-dev libgmock-dev libbenchmark-dev
     libcli11-dev nlohmann-json3-dev
     qt6-base-dev libgl-dev
+    python3 python3-xlrd
 )
 
 qm_missing_packages() {
@@ -39,6 +40,6 @@ qm_ensure_packages() {
 # qm_build DIR [cmake options...]: configure DIR when needed, then build it.
 qm_build() {
     local dir="$1"; shift
-    cmake -S "$QM_ROOT" -B "$dir" -G Ninja "$@"
+    cmake -S "$QM_ROOT" -B "$dir" -G Ninja --log-level=WARNING "$@"
     cmake --build "$dir" --parallel "$(nproc)"
 }
