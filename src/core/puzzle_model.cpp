@@ -1,10 +1,22 @@
 #include "core/puzzle_model.h"
 
+#include <chrono>
 #include <stdexcept>
 
 namespace qm {
 
-PuzzleModel::PuzzleModel() { SetSize(*this, kStartGridSize); }
+PuzzleModel::PuzzleModel()
+    : Random(static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()) ^
+             reinterpret_cast<std::uintptr_t>(this)) {
+  SetSize(*this, kStartGridSize);
+}
+
+void SeedRandom(PuzzleModel& model, std::uint64_t seed) { model.Random.seed(seed); }
+
+double RandomUniform(PuzzleModel& model) {
+  // 53 random bits: the same sequence from the same seed on every platform.
+  return static_cast<double>(model.Random() >> 11) * 0x1.0p-53;
+}
 
 void SetSize(PuzzleModel& model, int n) {
   if (n < kMinGridSize || n > kMaxGridSize) {

@@ -11,6 +11,7 @@
 
 #include <array>
 #include <cstdint>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -74,6 +75,10 @@ struct PuzzleModel {
   // Undo history, newest first: "000"-style position followed by the previous text.
   std::vector<std::string> UndoList;
   bool SolverBusy = false;
+
+  // This puzzle's own random generator (creation, random navigation, random sorting),
+  // seeded from the clock; SeedRandom makes a run reproducible.
+  std::mt19937_64 Random;
 };
 
 // Sets N (3..9), recomputes L, LastPosition, AllDigits and the geometry tables, and
@@ -89,6 +94,10 @@ inline bool IsSignSlot(const PuzzleModel& model, int k) {
   const PositionKind kind = KindOf(model, k);
   return kind == PositionKind::HorizontalSign || kind == PositionKind::VerticalSign;
 }
+
+void SeedRandom(PuzzleModel& model, std::uint64_t seed);
+// A uniform random number in [0, 1) from the model's generator.
+double RandomUniform(PuzzleModel& model);
 
 // Position of puzzle cell (i, j), 1-based cell coordinates.
 inline int CellPosition(const PuzzleModel& model, int i, int j) {

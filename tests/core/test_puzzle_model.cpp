@@ -77,6 +77,15 @@ TEST(Layout, ModelsAreIndependent) {
   a.PosText[0] = "1";
   EXPECT_EQ(b.PosText[0], "");
   EXPECT_EQ(a.LastPosition, 48);
+
+  SeedRandom(a, 42);
+  SeedRandom(b, 42);
+  for (int i = 0; i < 100; ++i) {
+    const double r = RandomUniform(a);
+    ASSERT_EQ(r, RandomUniform(b));
+    ASSERT_GE(r, 0.0);
+    ASSERT_LT(r, 1.0);
+  }
 }
 
 }  // namespace
