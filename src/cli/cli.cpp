@@ -11,6 +11,7 @@ int RunCli(int argc, const char* const* argv, std::ostream& out, std::ostream& e
   app.add_flag("--json", json, "Print one JSON object on stdout");
   CommandList commands;
   RegisterPuzzleCommands(app, commands, json);
+  RegisterSolveCommands(app, commands, json);
 
   try {
     app.parse(argc, argv);

@@ -25,6 +25,11 @@ std::string HeadlessPort::ChooseFile(const FileChoice& choice) {
   return answer;
 }
 
+void HeadlessPort::ShowStep(const SolveStep& step) {
+  steps.push_back(step);
+  if (onStep) onStep(step);
+}
+
 void HeadlessPort::SetStatusLine(const std::string& text) { statusLines.push_back(text); }
 
 void HeadlessPort::SetProgressLine(const std::string& text) {

@@ -6,6 +6,7 @@
 #include <deque>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/puzzle_model.h"
@@ -27,6 +28,8 @@ class HeadlessPort : public WindowPort {
   void ProcessEvents() override;
   void SetPacingTimer(bool enabled, int intervalMs) override;
   void ShowPosition(int k) override { shownPositions.push_back(k); }
+  void ShowCellText(int k, const std::string& text) override { shownTexts.emplace_back(k, text); }
+  void ShowStep(const SolveStep& step) override;
   void ColourPosition(int k, CellColour colour) override;
   CellColour ColourOf(int k) const override;
   void RedrawGrid() override { ++gridRedraws; }
@@ -43,6 +46,8 @@ class HeadlessPort : public WindowPort {
   std::function<void()> onProcessEvents;
   // Called on every ShowMessage, while the message is "on screen".
   std::function<void(const std::string&)> onMessage;
+  // Called on every ShowStep, while the step waits.
+  std::function<void(const SolveStep&)> onStep;
 
   // What was shown, in order.
   std::vector<std::string> messages;
@@ -51,6 +56,8 @@ class HeadlessPort : public WindowPort {
   std::vector<std::string> statusLines;
   std::vector<std::string> progressLines;
   std::vector<int> shownPositions;
+  std::vector<std::pair<int, std::string>> shownTexts;
+  std::vector<SolveStep> steps;
   int processEventsCalls = 0;
   int gridRedraws = 0;
   int infoRefreshes = 0;

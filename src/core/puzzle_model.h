@@ -76,6 +76,14 @@ struct PuzzleModel {
   std::vector<std::string> UndoList;
   bool SolverBusy = false;
 
+  // Solver state, shared by the techniques, the driver and the commands that pace them.
+  int ChangeCount = 0;         // candidate strings replaced in the current sweep
+  std::int16_t StepMode = 0;   // -1 while every change is explained and paced
+  std::int16_t StepGo = 0;     // -1 once the user (or the pacing timer) says go on
+  int CancelRequest = kNo;     // kYes once the user asked to cancel; cleared by commands
+  int PacingInterval = 4000;   // milliseconds between paced steps, 10..20000
+  std::string SavedCandidates;  // snapshot taken before an auto-solve
+
   // This puzzle's own random generator (creation, random navigation, random sorting),
   // seeded from the clock; SeedRandom makes a run reproducible.
   std::mt19937_64 Random;

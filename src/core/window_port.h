@@ -17,6 +17,18 @@ struct FileChoice {
   ChooserMode mode = ChooserMode::Open;
 };
 
+// One explained change of a paced solve: the explanation line, the cell it changes
+// (target), a second cell involved or -1, the new text as the step shows it, and the
+// layout row and column to highlight or -1.
+struct SolveStep {
+  std::string line;
+  int target = -1;
+  int second = -1;
+  std::string text;
+  int row = -1;
+  int col = -1;
+};
+
 // The background roles a position can be painted in; the colour scheme decides the
 // actual colours.
 enum class CellColour { Normal, Highlight, Target, Error };
@@ -45,6 +57,11 @@ class WindowPort {
 
   // Redraws position k from the model.
   virtual void ShowPosition(int k) = 0;
+  // Draws `text` at position k without changing the model, until k is redrawn.
+  virtual void ShowCellText(int k, const std::string& text) = 0;
+  // Presents one explained change and returns when the user or the pacing timer says
+  // go on (or the paced solve was cancelled); the caller then stores the new text.
+  virtual void ShowStep(const SolveStep& step) = 0;
   virtual void ColourPosition(int k, CellColour colour) = 0;
   virtual CellColour ColourOf(int k) const = 0;
   // Redraws the whole grid from the model (the size may have changed).

@@ -169,3 +169,63 @@ TEST(CliProgram, RunsOnTheShippedCollection) {
 
 }  // namespace
 }  // namespace qm::cli
+
+namespace qm::cli {
+namespace {
+
+TEST_F(CliTest, SolveReportsTheDriverAndTheOutcome) {
+  CliRun run = Cli({"solve", file, "-n", "2", "--json"});
+  ASSERT_EQ(run.code, 0) << run.err;
+  json j = run.Json();
+  EXPECT_EQ(j["status"], 99);
+  EXPECT_EQ(j["message"], "Are we done?");
+  EXPECT_EQ(j["outcome"], "Done");
+  EXPECT_EQ(j["snapshot"], "1,2,3,4,3,4,1,2,4,1,2,3,2,3,4,1,");
+  EXPECT_EQ(j["positions"][1], "<");
+  EXPECT_FALSE(j.contains("steps"));
+  EXPECT_TRUE(j["techniques"].contains("OrderPropagate"));
+  EXPECT_FALSE(j["techniques"].contains("OrderPropagateExplained"));
+
+  run = Cli({"solve", file, "-n", "2", "--explain", "--json"});
+  j = run.Json();
+  ASSERT_FALSE(j["steps"].empty());
+  const json& step = j["steps"][0];
+  EXPECT_EQ(step["line"], "Remove single values 3 from row 1");
+  EXPECT_EQ(step["shown"], "Remove single values 3 from row 1, new candidate: " + step["text"].get<std::string>());
+  EXPECT_EQ(step["row"], 1);
+  EXPECT_EQ(step["col"], -1);
+  EXPECT_EQ(step["second"], -1);
+  int changes = 0;
+  for (const auto& [name, count] : j["techniques"].items()) changes += count.get<int>();
+  EXPECT_EQ(changes, static_cast<int>(j["steps"].size()));
+
+  // The 3x3 with one sign stalls: the texts go back as they were.
+  run = Cli({"solve", file, "--json", "--set", "2=2"});
+  j = run.Json();
+  EXPECT_EQ(j["status"], 1);
+  EXPECT_EQ(j["outcome"], "This puzzle has multiple solutions");
+  EXPECT_EQ(j["snapshot"], "1,2,,,,,,,,");
+
+  j = Cli({"solve", file, "-n", "2", "--json", "--set=0=1", "--set=2=2", "--set=4=3", "--set=6=4", "--set=14=3",
+           "--set=16=4", "--set=18=1", "--set=20=2", "--set=28=4", "--set=30=1", "--set=32=2", "--set=34=3",
+           "--set=42=2", "--set=44=3", "--set=46=4", "--set=48=1"})
+          .Json();
+  EXPECT_EQ(j["outcome"], "Solved already?");
+  EXPECT_EQ(j["sweeps"], 0);
+  EXPECT_EQ(j["message"], "");
+}
+
+TEST_F(CliTest, SolutionsCountsBySearch) {
+  json j = Cli({"solutions", file, "--json"}).Json();
+  EXPECT_EQ(j["solutions"], 2);
+  EXPECT_EQ(j["complete"], false);
+  EXPECT_EQ(j["first"].size(), 25u);
+  j = Cli({"solutions", file, "-n", "2", "--json", "--limit", "5"}).Json();
+  EXPECT_EQ(j["solutions"], 1);
+  EXPECT_EQ(j["complete"], true);
+  EXPECT_EQ(j["first"][0], "1");
+  EXPECT_EQ(Cli({"solutions", file, "--limit", "0"}).code, 2);
+}
+
+}  // namespace
+}  // namespace qm::cli

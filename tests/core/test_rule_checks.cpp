@@ -3,22 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "core/headless_port.h"
+#include "support/test_grids.h"
 
 namespace qm {
 namespace {
 
-// Fills the layout from rows of single characters, "." for an empty position.
-PuzzleModel Grid(const std::vector<std::string>& rows) {
-  PuzzleModel m;
-  SetSize(m, static_cast<int>(rows.size() + 1) / 2);
-  for (int row = 1; row <= m.LayoutExtent; ++row) {
-    for (int col = 1; col <= m.LayoutExtent; ++col) {
-      const char c = rows[static_cast<std::size_t>(row - 1)][static_cast<std::size_t>(col - 1)];
-      if (c != '.') m.PosText[m.PositionOf[row][col]] = std::string(1, c);
-    }
-  }
-  return m;
-}
+using test::Grid;
 
 const std::vector<std::string> kSolved3 = {"1.2.3", ".....", "2.3.1", ".....", "3.1.2"};
 

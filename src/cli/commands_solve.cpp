@@ -1,0 +1,110 @@
+// solve and solutions: the deduction solver as the Solve menu runs it, and the exact
+// solution count that the deduction cannot give.
+#include "cli/cli_support.h"
+#include "cli/commands.h"
+#include "core/text_rules.h"
+#include "solver/candidates.h"
+#include "solver/solution_search.h"
+#include "solver/solve_driver.h"
+
+namespace qm::cli {
+
+namespace {
+
+Json StepJson(const SolveStep& step) {
+  return {{"line", Cp1252ToUtf8(step.line)},
+          {"text", Cp1252ToUtf8(step.text)},
+          {"shown", Cp1252ToUtf8(StepStatusText(step))},
+          {"target", step.target},
+          {"second", step.second},
+          {"row", step.row},
+          {"col", step.col}};
+}
+
+int RunSolve(Output& output, bool explain, PuzzleModel& model, HeadlessPort& port) {
+  AutoSolveResult result;
+  if (explain) {
+    // Every pause is answered at once.
+    port.onProcessEvents = [&model] { model.StepGo = -1; };
+    result = PacedAutoSolve(model, port);
+  } else {
+    result = AutoSolve(model, port);
+  }
+
+  Json techniques = Json::object();
+  for (int t = 0; t < kTechniqueCount; ++t) {
+    const bool ran = explain ? t != static_cast<int>(Technique::OrderPropagate)
+                             : t != static_cast<int>(Technique::OrderPropagateExplained);
+    if (ran) techniques[std::string(kTechniqueNames[static_cast<std::size_t>(t)])] = result.solve.changes[static_cast<std::size_t>(t)];
+  }
+  if (output.json) {
+    Json out = {{"status", result.solve.status},
+                {"sweeps", result.solve.sweeps},
+                {"message", Cp1252ToUtf8(result.solve.message)},
+                {"outcome", result.outcome},
+                {"snapshot", Cp1252ToUtf8(SaveCandidates(model))},
+                {"positions", TextsJson(model, model.PosText)}};
+    if (explain) {
+      Json steps = Json::array();
+      for (const SolveStep& step : port.steps) steps.push_back(StepJson(step));
+      out["steps"] = std::move(steps);
+    }
+    out["techniques"] = std::move(techniques);
+    PrintJson(output, out);
+    return kExitOk;
+  }
+  if (explain) {
+    for (const SolveStep& step : port.steps) output.out << Cp1252ToUtf8(StepStatusText(step)) << '\n';
+    if (!port.steps.empty()) output.out << '\n';
+  }
+  output.out << result.outcome << '\n'
+             << "Status " << result.solve.status << " after " << result.solve.sweeps << " sweeps"
+             << (result.solve.message.empty() ? "" : ": " + Cp1252ToUtf8(result.solve.message)) << "\n\n";
+  for (const std::string& line : DrawGrid(model, model.PosText)) output.out << (line.empty() ? "" : "  ") << line << '\n';
+  output.out << "\nChanges by technique:";
+  for (const auto& [name, changes] : techniques.items()) output.out << ' ' << name << '=' << changes;
+  output.out << '\n';
+  return kExitOk;
+}
+
+int RunSolutions(Output& output, int limit, PuzzleModel& model) {
+  const SolutionCount count = CountSolutions(model, limit);
+  Json first = Json::array();
+  for (const std::string& text : count.first) first.push_back(Cp1252ToUtf8(text));
+  if (output.json) {
+    PrintJson(output, Json{{"solutions", count.count}, {"complete", count.complete}, {"first", first}});
+    return kExitOk;
+  }
+  output.out << (count.complete ? "" : "at least ") << count.count
+             << (count.count == 1 ? " solution" : " solutions") << '\n';
+  if (count.count > 0) {
+    PerPosition<std::string> texts;
+    for (std::size_t k = 0; k < count.first.size(); ++k) texts[k] = count.first[k];
+    output.out << "\nFirst solution:\n";
+    for (const std::string& line : DrawGrid(model, texts)) output.out << (line.empty() ? "" : "  ") << line << '\n';
+  }
+  return kExitOk;
+}
+
+}  // namespace
+
+void RegisterSolveCommands(CLI::App& app, CommandList& commands, bool& json) {
+  auto explain = std::make_shared<bool>(false);
+  CLI::App* solve = AddPuzzleCommand(
+      app, commands, "solve", "Solve the loaded puzzle by deduction, as Solve -> Auto does", json, true,
+      [explain](Output& output, const PuzzleArgs&, PuzzleModel& model, HeadlessPort& port) {
+        return RunSolve(output, *explain, model, port);
+      });
+  solve->add_flag("--explain", *explain, "Solve with a pause at every change and record each explanation step");
+
+  auto limit = std::make_shared<int>(2);
+  CLI::App* solutions = AddPuzzleCommand(
+      app, commands, "solutions", "Count the solutions of the loaded puzzle by search", json, true,
+      [limit](Output& output, const PuzzleArgs&, PuzzleModel& model, HeadlessPort&) {
+        return RunSolutions(output, *limit, model);
+      });
+  solutions->add_option("--limit", *limit, "Stop counting at this many solutions (default 2)")
+      ->check(CLI::Range(1, 1000000));
+}
+
+}  // namespace qm::cli
