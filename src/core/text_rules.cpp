@@ -45,6 +45,13 @@ char CodePageByte(char32_t cp) {
 }  // namespace
 
 double NumericValue(std::string_view text) {
+  // Most texts are a few plain digits (cells, counts): no need for the general parser.
+  if (!text.empty() && text.size() <= 9) {
+    int value = 0;
+    std::size_t digits = 0;
+    while (digits < text.size() && IsDigit(text[digits])) value = value * 10 + (text[digits++] - '0');
+    if (digits == text.size() || (digits > 0 && text[digits] != '.')) return value;
+  }
   std::size_t i = 0;
   while (i < text.size() && IsBlank(text[i])) ++i;
   const std::size_t start = i;

@@ -2,6 +2,7 @@
 
 #include "core/rule_checks.h"
 #include "solver/candidates.h"
+#include "solver/mask_sweeps.h"
 
 namespace qm {
 
@@ -10,6 +11,13 @@ namespace {
 constexpr int kFastestPace = 11;  // below this a paced solve starts at the default pace
 constexpr int kDefaultPace = 4000;
 
+bool CancelRequested(const PuzzleModel& model, SolveOutcome& outcome) {
+  if (model.CancelRequest != kYes) return false;
+  outcome.status = kBroken;
+  outcome.message = "Canceled";
+  return true;
+}
+
 template <class Run>
 void Tally(SolveOutcome& outcome, PuzzleModel& model, Technique technique, Run&& run) {
   const int before = model.ChangeCount;
@@ -17,16 +25,10 @@ void Tally(SolveOutcome& outcome, PuzzleModel& model, Technique technique, Run&&
   outcome.changes[static_cast<std::size_t>(technique)] += model.ChangeCount - before;
 }
 
-}  // namespace
-
-SolveOutcome SolveByLogic(PuzzleModel& model, WindowPort& port) {
-  SolveOutcome outcome;
+// Sweeps on the texts, explaining every change in step mode. False when cancelled.
+bool SweepTexts(PuzzleModel& model, WindowPort& port, SolveOutcome& outcome) {
   for (;;) {
-    if (model.CancelRequest == kYes) {
-      outcome.status = kBroken;
-      outcome.message = "Canceled";
-      return outcome;
-    }
+    if (CancelRequested(model, outcome)) return false;
     model.ChangeCount = 0;
     port.ProcessEvents();
     Tally(outcome, model, Technique::RemoveSingles, [&] { RemoveSingles(model, port); });
@@ -39,11 +41,37 @@ SolveOutcome SolveByLogic(PuzzleModel& model, WindowPort& port) {
     Tally(outcome, model, Technique::NakedPair, [&] { NakedPair(model, port); });
     Tally(outcome, model, Technique::NakedTriple, [&] { NakedTriple(model, port); });
     Tally(outcome, model, Technique::NakedQuad, [&] { NakedQuad(model, port); });
+    if (model.ChangeCount == 0) return true;
+    ++outcome.sweeps;
+  }
+}
+
+// The same quiet sweeps on digit masks, written back to the texts at the end. False
+// when cancelled.
+bool SweepMasks(MaskGrid& grid, PuzzleModel& model, WindowPort& port, SolveOutcome& outcome) {
+  bool finished = true;
+  for (;;) {
+    if (CancelRequested(model, outcome)) {
+      finished = false;
+      break;
+    }
+    model.ChangeCount = 0;
+    port.ProcessEvents();
+    model.ChangeCount = MaskSweep(grid, outcome.changes);
     if (model.ChangeCount == 0) break;
     ++outcome.sweeps;
   }
-  model.StepMode = 0;  // explaining ends with the logic phase
+  StoreMaskGrid(grid, model);
+  return finished;
+}
 
+}  // namespace
+
+namespace {
+
+SolveOutcome Finish(PuzzleModel& model, SolveOutcome outcome, bool finished) {
+  if (!finished) return outcome;  // cancelled: no rule check, the candidates stay
+  model.StepMode = 0;             // explaining ends with the logic phase
   const CheckResult check = CheckGrid(model);
   outcome.status = check.result;
   if (check.result == kBroken) {
@@ -56,6 +84,22 @@ SolveOutcome SolveByLogic(PuzzleModel& model, WindowPort& port) {
     outcome.message = check.message;
   }
   return outcome;
+}
+
+}  // namespace
+
+SolveOutcome SolveByLogic(PuzzleModel& model, WindowPort& port) {
+  MaskGrid grid;
+  if (model.StepMode != 0 || !LoadMaskGrid(model, grid)) return SolveByLogicOnTexts(model, port);
+  SolveOutcome outcome;
+  const bool finished = SweepMasks(grid, model, port, outcome);
+  return Finish(model, std::move(outcome), finished);
+}
+
+SolveOutcome SolveByLogicOnTexts(PuzzleModel& model, WindowPort& port) {
+  SolveOutcome outcome;
+  const bool finished = SweepTexts(model, port, outcome);
+  return Finish(model, std::move(outcome), finished);
 }
 
 AutoSolveResult AutoSolve(PuzzleModel& model, WindowPort& port) {

@@ -23,6 +23,10 @@ struct SolveOutcome {
 // the start of each sweep and returns "Canceled" with the grid as it stands.
 SolveOutcome SolveByLogic(PuzzleModel& model, WindowPort& port);
 
+// The same solve on the texts alone, as step mode runs it. SolveByLogic sweeps on digit
+// masks when the texts allow it; this is the reference it must agree with.
+SolveOutcome SolveByLogicOnTexts(PuzzleModel& model, WindowPort& port);
+
 inline constexpr std::string_view kOutcomeDone = "Done";
 inline constexpr std::string_view kOutcomeMultiple = "This puzzle has multiple solutions";
 inline constexpr std::string_view kOutcomeInvalid = "This is not a valid puzzle";
