@@ -32,12 +32,18 @@ enum : std::uint8_t {
 // Stores a cell's new candidates and wakes its row and column for every technique.
 void Set(MaskGrid& g, int c, Mask value) {
   g.cell[static_cast<std::size_t>(c)] = value;
+  g.changedAt[static_cast<std::size_t>(c)] = ++g.clock;
   g.dirty[static_cast<std::size_t>(c / g.n)] = kAllLines;
   g.dirty[static_cast<std::size_t>(g.n + c % g.n)] = kAllLines;
 }
 
 // Whether `technique` has anything to look at in `line`; takes the flag down, and a
 // change made while the line is worked on puts it back.
+void Asleep(MaskGrid& g, int line, std::uint8_t technique) {
+  std::uint8_t& flags = g.dirty[static_cast<std::size_t>(line)];
+  flags = static_cast<std::uint8_t>(flags & ~technique);
+}
+
 bool Awake(MaskGrid& g, int line, std::uint8_t technique) {
   std::uint8_t& flags = g.dirty[static_cast<std::size_t>(line)];
   if ((flags & technique) == 0) return false;
@@ -59,6 +65,7 @@ int RemoveSingles(MaskGrid& g) {
         if (Fixed(m)) singles |= m;
       }
       if (singles == 0) continue;
+      bool fixedHere = false;
       for (int i = 0; i < g.n; ++i) {
         const int c = cells[static_cast<std::size_t>(i)];
         const Mask m = g.cell[static_cast<std::size_t>(c)];
@@ -66,8 +73,11 @@ int RemoveSingles(MaskGrid& g) {
         const Mask next = static_cast<Mask>(m & ~singles);
         Set(g, c, next);
         ++changes;
-        if (Fixed(next)) fixedAny = true;
+        if (Fixed(next)) fixedHere = true;
       }
+      // Without a new single the line is clean: every other cell lost the singles.
+      if (!fixedHere) Asleep(g, line, kSinglesLine);
+      fixedAny = fixedAny || fixedHere;
     }
   }
   return changes;
@@ -78,6 +88,10 @@ int OrderPropagate(MaskGrid& g) {
   for (int r = 0; r < g.relations; ++r) {
     const int gc = g.relation[static_cast<std::size_t>(r)][0];
     const int sc = g.relation[static_cast<std::size_t>(r)][1];
+    std::uint32_t& applied = g.appliedAt[static_cast<std::size_t>(r)];
+    if (applied > g.changedAt[static_cast<std::size_t>(gc)] && applied > g.changedAt[static_cast<std::size_t>(sc)]) {
+      continue;  // applying a relation twice in a row changes nothing
+    }
     const Mask greater = g.cell[static_cast<std::size_t>(gc)];
     const Mask smaller = g.cell[static_cast<std::size_t>(sc)];
     Mask c2 = static_cast<Mask>(smaller & ~Bit(g.n));
@@ -93,6 +107,7 @@ int OrderPropagate(MaskGrid& g) {
       Set(g, sc, c2);
       ++changes;
     }
+    applied = ++g.clock;
   }
   return changes;
 }
@@ -158,6 +173,8 @@ int NakedSet(MaskGrid& g, int size, std::uint8_t technique) {
       Set(g, c, static_cast<Mask>(m & ~first));
       ++changes;
     }
+    // The set still sorts first and has nothing left to take here.
+    Asleep(g, line, technique);
   }
   return changes;
 }
@@ -169,6 +186,9 @@ bool LoadMaskGrid(const PuzzleModel& model, MaskGrid& grid) {
   grid.n = n;
   grid.relations = 0;
   grid.dirty.fill(kAllLines);
+  grid.clock = 1;
+  grid.changedAt.fill(1);
+  grid.appliedAt.fill(0);
   for (int i = 0; i < n; ++i) {
     for (int j = 0; j < n; ++j) {
       grid.line[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] = static_cast<std::uint8_t>(i * n + j);

@@ -31,6 +31,11 @@ struct MaskGrid {
   // Sign relations in the order the text technique visits them: greater, smaller.
   std::array<std::array<std::uint8_t, 2>, 4 * kMaxCells> relation{};
   int relations = 0;
+  // When each cell last changed and each relation was last applied, on one clock: a
+  // relation applied since both its cells last changed has nothing more to give.
+  std::uint32_t clock = 0;
+  std::array<std::uint32_t, kMaxCells> changedAt{};
+  std::array<std::uint32_t, 4 * kMaxCells> appliedAt{};
 };
 
 // Takes the cells and smaller-neighbour lists of a prepared grid; false when some cell
