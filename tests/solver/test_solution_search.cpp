@@ -94,6 +94,28 @@ TEST(SolutionSearch, AgreesWithEnumerationOnSmallGrids) {
   }
 }
 
+TEST(SolutionSearch, EveryFullySignedThreeByThree) {
+  const auto squares = LatinSquares(3);
+  PuzzleModel m;
+  SetSize(m, 3);
+  std::vector<int> slots;
+  for (int k = 0; k <= m.LastPosition; ++k) {
+    if (IsSignSlot(m, k)) slots.push_back(k);
+  }
+  ASSERT_EQ(slots.size(), 12u);
+  int unique = 0;
+  for (unsigned pattern = 0; pattern < (1u << slots.size()); ++pattern) {
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+      const bool first = (pattern >> i & 1u) != 0;
+      m.PosText[slots[i]] = KindOf(m, slots[i]) == PositionKind::HorizontalSign ? (first ? "<" : ">") : (first ? "^" : "v");
+    }
+    const auto expected = std::count_if(squares.begin(), squares.end(), [&](const auto& s) { return Satisfies(m, s); });
+    ASSERT_EQ(CountSolutions(m, 20).count, expected) << pattern;
+    unique += expected == 1 ? 1 : 0;
+  }
+  EXPECT_EQ(unique, 12 * 1);  // every square is the one solution of its own signs
+}
+
 TEST(SolutionSearch, StopsAtTheLimitAndSaysSo) {
   PuzzleModel m;
   SetSize(m, 9);

@@ -116,9 +116,13 @@ TEST_F(Techniques, NakedPairLooksOnlyAtThePairThatSortsFirst) {
   NakedPair(three, port);
   EXPECT_EQ(three.ChangeCount, 0);  // three equal pairs: nothing
 
-  PuzzleModel two = Model(4, {"34", "12", "34", "12", "", "", "", "", "", "", "", "", "", "", "", ""});
+  // "12" sorts first: the other cells lose 1 and 2, and the pair "34" waits its turn.
+  PuzzleModel two = Model(6, {"34", "12", "34", "12", "1235", "3456"});
   NakedPair(two, port);
-  EXPECT_EQ(two.ChangeCount, 0);  // "12" comes first and has nothing to narrow; "34" waits
+  EXPECT_EQ(Cells(two)[4], "35");
+  EXPECT_EQ(Cells(two)[5], "3456");
+  EXPECT_EQ(two.ChangeCount, 1);
+  port.steps.clear();
 
   PuzzleModel row = Model(4, {"123", "12", "1234", "12"});
   NakedPair(row, port);
