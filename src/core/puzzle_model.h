@@ -83,6 +83,12 @@ struct PuzzleModel {
   int CancelRequest = kNo;     // kYes once the user asked to cancel; cleared by commands
   int PacingInterval = 4000;   // milliseconds between paced steps, 10..20000
   std::string SavedCandidates;  // snapshot taken before an auto-solve
+  std::string ViewSnapshot;     // the texts put back when the shown solution is hidden
+  bool SolutionShown = false;
+
+  // Settings kept between runs.
+  std::string SchemeFile = "default.col";  // colour scheme in use
+  int CellColouring = kNo;                 // cells drawn in a colour of their own
 
   // This puzzle's own random generator (creation, random navigation, random sorting),
   // seeded from the clock; SeedRandom makes a run reproducible.

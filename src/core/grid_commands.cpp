@@ -1,0 +1,59 @@
+#include "core/grid_commands.h"
+
+namespace qm {
+
+namespace {
+
+void Cleared(PuzzleModel& model, WindowPort& port) {
+  model.SolutionShown = false;
+  port.SetProgressLine("");
+  port.RedrawGrid();
+}
+
+}  // namespace
+
+void NewGrid(PuzzleModel& model, WindowPort& port, int entry) {
+  if (entry < 0 || entry > kMaxGridSize - kMinGridSize) return;
+  SetSize(model, entry + kMinGridSize);
+  model.ConstraintCount = 0;
+  model.ClueCount = 0;
+  port.RedrawGrid();
+  port.RefreshPuzzleInfo();
+}
+
+void ClearNumbers(PuzzleModel& model, WindowPort& port) {
+  if (!port.AskYesNo("Clear All Numbers?")) return;
+  for (int k = 0; k <= model.LastPosition; ++k) {
+    if (IsCell(model, k) && model.GivenValue[k] == 0) model.PosText[k].clear();
+  }
+  Cleared(model, port);
+}
+
+void ClearConstraints(PuzzleModel& model, WindowPort& port) {
+  if (!port.AskYesNo("Clear All Constraints?")) return;
+  for (int k = 0; k <= model.LastPosition; ++k) {
+    if (IsSignSlot(model, k)) model.PosText[k].clear();
+  }
+  Cleared(model, port);
+}
+
+void ClearGrid(PuzzleModel& model, WindowPort& port) {
+  if (!port.AskYesNo("Clear Entire Grid?")) return;
+  for (int k = 0; k <= model.LastPosition; ++k) {
+    model.PosText[k].clear();
+    model.GivenValue[k] = 0;
+    port.ColourPosition(k, CellColour::Normal);
+  }
+  model.SolutionList.clear();
+  Cleared(model, port);
+}
+
+std::string MouseStatusText(const PuzzleModel& model, int k) {
+  if (model.StepMode != 0 || k < 0 || k > model.LastPosition || !IsCell(model, k) || model.PosText[k].empty()) {
+    return {};
+  }
+  return "Row=" + std::to_string(model.RowOf[k]) + ", Col=" + std::to_string(model.ColOf[k]) +
+         ", Candidates= " + model.PosText[k];
+}
+
+}  // namespace qm
