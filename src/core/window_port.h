@@ -57,7 +57,8 @@ class WindowPort {
 
   // Redraws position k from the model.
   virtual void ShowPosition(int k) = 0;
-  // Draws `text` at position k without changing the model, until k is redrawn.
+  // Draws `text` (a model text, in the files' code page) at position k without changing
+  // the model, until k is redrawn.
   virtual void ShowCellText(int k, const std::string& text) = 0;
   // Presents one explained change and returns when the user or the pacing timer says
   // go on (or the paced solve was cancelled); the caller then stores the new text.

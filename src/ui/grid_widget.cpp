@@ -1,0 +1,227 @@
+#include "ui/grid_widget.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <algorithm>
+
+#include "core/text_rules.h"
+#include "solver/candidates.h"
+
+namespace qm::ui {
+
+namespace {
+
+constexpr double kGapRatio = 0.42;  // a sign slot is this much narrower than a cell
+constexpr int kMargin = 14;
+constexpr int kPreferredCell = 64;
+
+QColor ToQColor(Rgb rgb) { return QColor(Red(rgb), Green(rgb), Blue(rgb)); }
+
+}  // namespace
+
+GridWidget::GridWidget(PuzzleModel& model, const ColourTable& colours, QWidget* parent)
+    : QWidget(parent), model_(model), colours_(colours) {
+  roles_.fill(CellColour::Normal);
+  setMouseTracking(true);
+  setFocusPolicy(Qt::StrongFocus);
+  setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+}
+
+void GridWidget::SetShownText(int k, const QString& text) {
+  shown_[static_cast<std::size_t>(k)] = text;
+  update();
+}
+
+void GridWidget::ClearShownText(int k) {
+  shown_[static_cast<std::size_t>(k)].reset();
+  update();
+}
+
+void GridWidget::ClearShownTexts() {
+  shown_.fill(std::nullopt);
+  if (cursor_ > model_.LastPosition) cursor_ = -1;
+  updateGeometry();
+  update();
+}
+
+QString GridWidget::ShownText(int k) const {
+  const auto& shown = shown_[static_cast<std::size_t>(k)];
+  if (shown) return *shown;
+  return QString::fromStdString(Cp1252ToUtf8(model_.PosText[static_cast<std::size_t>(k)]));
+}
+
+void GridWidget::SetColour(int k, CellColour colour) {
+  if (k < 0 || k >= kPositionCount) return;
+  roles_[static_cast<std::size_t>(k)] = colour;
+  update();
+}
+
+void GridWidget::SetCursorPosition(int k) {
+  cursor_ = k >= 0 && k <= model_.LastPosition ? k : -1;
+  update();
+}
+
+void GridWidget::MoveCursor(int rows, int cols) {
+  if (cursor_ < 0) {
+    SetCursorPosition(0);
+    return;
+  }
+  const int l = model_.LayoutExtent;
+  const int row = std::clamp(model_.RowOf[static_cast<std::size_t>(cursor_)] + rows, 1, l);
+  const int col = std::clamp(model_.ColOf[static_cast<std::size_t>(cursor_)] + cols, 1, l);
+  SetCursorPosition(model_.PositionOf[static_cast<std::size_t>(row)][static_cast<std::size_t>(col)]);
+}
+
+GridWidget::Geometry GridWidget::Measure() const {
+  const int n = model_.GridSize;
+  const double units = n + (n - 1) * kGapRatio;
+  const double side = std::max(10.0, std::min(width(), height()) - 2.0 * kMargin);
+  Geometry g;
+  g.cell = side / units;
+  g.gap = g.cell * kGapRatio;
+  const double extent = g.cell * units;
+  g.origin = QPointF((width() - extent) / 2.0, (height() - extent) / 2.0);
+  return g;
+}
+
+double GridWidget::Offset(const Geometry& g, int index) const {
+  const int pairs = (index - 1) / 2;
+  return pairs * (g.cell + g.gap) + (index % 2 == 0 ? g.cell : 0.0);
+}
+
+QRect GridWidget::PositionRect(int k) const {
+  const Geometry g = Measure();
+  const int row = model_.RowOf[static_cast<std::size_t>(k)];
+  const int col = model_.ColOf[static_cast<std::size_t>(k)];
+  const double w = col % 2 == 1 ? g.cell : g.gap;
+  const double h = row % 2 == 1 ? g.cell : g.gap;
+  return QRectF(g.origin.x() + Offset(g, col), g.origin.y() + Offset(g, row), w, h).toAlignedRect();
+}
+
+int GridWidget::PositionAt(const QPoint& point) const {
+  const Geometry g = Measure();
+  auto index = [&](double along) {
+    if (along < 0) return -1;
+    const int pairs = static_cast<int>(along / (g.cell + g.gap));
+    const double rest = along - pairs * (g.cell + g.gap);
+    const int i = 2 * pairs + (rest < g.cell ? 1 : 2);
+    return i <= model_.LayoutExtent ? i : -1;
+  };
+  const int col = index(point.x() - g.origin.x());
+  const int row = index(point.y() - g.origin.y());
+  if (row < 0 || col < 0) return -1;
+  return model_.PositionOf[static_cast<std::size_t>(row)][static_cast<std::size_t>(col)];
+}
+
+QSize GridWidget::sizeHint() const {
+  const int n = model_.GridSize;
+  const int side = static_cast<int>(kPreferredCell * (n + (n - 1) * kGapRatio)) + 2 * kMargin;
+  const int capped = std::min(side, 720);
+  return {capped, capped};
+}
+
+QSize GridWidget::minimumSizeHint() const { return {240, 240}; }
+
+void GridWidget::PaintSign(QPainter& painter, const QRectF& rect, QChar sign) const {
+  const double s = std::min(rect.width(), rect.height()) * 0.55;
+  const QPointF c = rect.center();
+  QPainterPath path;
+  const double half = s / 2;
+  const double reach = s * 0.32;
+  if (sign == '<') {
+    path.moveTo(c.x() + reach, c.y() - half);
+    path.lineTo(c.x() - reach, c.y());
+    path.lineTo(c.x() + reach, c.y() + half);
+  } else if (sign == '>') {
+    path.moveTo(c.x() - reach, c.y() - half);
+    path.lineTo(c.x() + reach, c.y());
+    path.lineTo(c.x() - reach, c.y() + half);
+  } else if (sign == '^') {
+    path.moveTo(c.x() - half, c.y() + reach);
+    path.lineTo(c.x(), c.y() - reach);
+    path.lineTo(c.x() + half, c.y() + reach);
+  } else {
+    path.moveTo(c.x() - half, c.y() - reach);
+    path.lineTo(c.x(), c.y() + reach);
+    path.lineTo(c.x() + half, c.y() - reach);
+  }
+  QPen pen(ToQColor(colours_.colour[kSignColour]), std::max(2.0, s * 0.16), Qt::SolidLine, Qt::RoundCap,
+           Qt::RoundJoin);
+  painter.setPen(pen);
+  painter.setBrush(Qt::NoBrush);
+  painter.drawPath(path);
+}
+
+void GridWidget::PaintCell(QPainter& painter, const QRectF& rect, int k, const QString& text) const {
+  const CellLook look = CellTextLook(text.toStdString());
+  if (look.text.empty()) return;
+  QFont font = painter.font();
+  const bool single = look.bold;
+  font.setBold(single);
+  font.setPixelSize(std::max(6, static_cast<int>(rect.height() * (single ? 0.56 : 0.21))));
+  painter.setFont(font);
+  const bool clue = single && model_.GivenValue[static_cast<std::size_t>(k)] > 0 && !shown_[static_cast<std::size_t>(k)];
+  const int role = !single ? kCandidateColour : clue ? kClueColour : kTextColour;
+  painter.setPen(ToQColor(colours_.colour[static_cast<std::size_t>(role)]));
+  painter.drawText(rect, Qt::AlignCenter, QString::fromStdString(look.text));
+}
+
+void GridWidget::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.fillRect(rect(), ToQColor(colours_.colour[kGridColour]));
+  const Geometry g = Measure();
+  for (int k = 0; k <= model_.LastPosition; ++k) {
+    const QRectF r = PositionRect(k);
+    const PositionKind kind = KindOf(model_, k);
+    const CellColour role = roles_[static_cast<std::size_t>(k)];
+    QColor background = ToQColor(PositionBackground(model_, colours_, k));
+    if (role == CellColour::Highlight) background = ToQColor(colours_.colour[kHighlightColour]);
+    if (role == CellColour::Target) background = ToQColor(colours_.colour[kTargetColour]);
+    if (role == CellColour::Error) background = ToQColor(colours_.colour[kErrorColour]);
+    const QString text = ShownText(k);
+    if (kind == PositionKind::Cell) {
+      painter.setPen(QPen(ToQColor(colours_.colour[kBorderColour]), std::max(1.0, g.cell * 0.03)));
+      painter.setBrush(background);
+      painter.drawRoundedRect(r.adjusted(1, 1, -1, -1), g.cell * 0.08, g.cell * 0.08);
+      PaintCell(painter, r, k, text);
+      continue;
+    }
+    if (role != CellColour::Normal) painter.fillRect(r, background);
+    const QString sign = text.trimmed();
+    if (sign.size() == 1 && QStringLiteral("<>^v").contains(sign)) {
+      PaintSign(painter, r, sign[0]);
+    } else if (!sign.isEmpty()) {
+      painter.setPen(ToQColor(colours_.colour[kSignColour]));
+      painter.drawText(r, Qt::AlignCenter, sign);
+    }
+  }
+  if (cursor_ >= 0 && cursor_ <= model_.LastPosition && hasFocus()) {
+    painter.setPen(QPen(ToQColor(colours_.colour[kCursorColour]), std::max(2.0, g.cell * 0.05)));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(PositionRect(cursor_)).adjusted(2, 2, -2, -2), 4, 4);
+  }
+}
+
+void GridWidget::mousePressEvent(QMouseEvent* event) {
+  const int k = PositionAt(event->position().toPoint());
+  if (k < 0) {
+    emit BackgroundClicked();
+    return;
+  }
+  if (event->button() == Qt::RightButton) {
+    SetCursorPosition(k);
+    emit PositionMenuRequested(k, event->globalPosition().toPoint());
+  } else {
+    SetCursorPosition(k);
+    emit BackgroundClicked();  // a click anywhere also says "go on" to a paced solve
+  }
+}
+
+void GridWidget::mouseMoveEvent(QMouseEvent* event) {
+  const int k = PositionAt(event->position().toPoint());
+  if (k >= 0) emit PositionHovered(k);
+}
+
+}  // namespace qm::ui

@@ -1,0 +1,544 @@
+#include "ui/main_window.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTimer>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <filesystem>
+
+#include "core/collection_file.h"
+#include "core/grid_commands.h"
+#include "core/rule_checks.h"
+#include "core/text_file.h"
+#include "core/text_rules.h"
+#include "settings/config_file.h"
+#include "solver/candidates.h"
+#include "solver/solve_driver.h"
+#include "solver/solving_commands.h"
+#include "solver/techniques.h"
+#include "ui/grid_widget.h"
+
+namespace qm::ui {
+
+namespace {
+
+constexpr const char* kCaption = "Quillmere 2.0";
+
+QString FromModel(const std::string& text) { return QString::fromStdString(Cp1252ToUtf8(text)); }
+QString Css(Rgb c) { return QStringLiteral("rgb(%1,%2,%3)").arg(Red(c)).arg(Green(c)).arg(Blue(c)); }
+
+// "*.fut;*.txt;*.dat" described as "Quillmere Files" becomes "Quillmere Files (*.fut *.txt *.dat)".
+QString Filter(const FileChoice& choice) {
+  QString patterns = QString::fromStdString(choice.patterns);
+  patterns.replace(';', ' ');
+  return QString::fromStdString(choice.description) + " (" + patterns + ")";
+}
+
+}  // namespace
+
+MainWindow::MainWindow(std::string appDir, QWidget* parent) : QMainWindow(parent) {
+  model_.AppDir = std::move(appDir);
+  setWindowTitle(kCaption);
+  timer1_ = new QTimer(this);
+  timer1_->setObjectName("Timer1");
+  timer1_->setSingleShot(true);  // the pacing timer disables itself on every tick
+  connect(timer1_, &QTimer::timeout, this, [this] { model_.StepGo = -1; });
+
+  grid_ = new GridWidget(model_, colours_, this);
+  grid_->setObjectName("Cell");
+  connect(grid_, &GridWidget::PositionMenuRequested, this, &MainWindow::ShowPositionMenu);
+  connect(grid_, &GridWidget::BackgroundClicked, this, &MainWindow::Continue);
+  connect(grid_, &GridWidget::PositionHovered, this, [this](int k) {
+    const std::string text = MouseStatusText(model_, k);
+    if (!text.empty()) SetStatusLine(Cp1252ToUtf8(text));
+  });
+
+  BuildPanel();
+  BuildMenus();
+  auto* central = new QWidget(this);
+  auto* layout = new QHBoxLayout(central);
+  layout->setContentsMargins(8, 8, 8, 8);
+  layout->addWidget(grid_, 1);
+  layout->addWidget(panel_, 0);
+  setCentralWidget(central);
+  status_ = new QLabel(this);
+  status_->setObjectName("StatusLine");
+  statusBar()->addWidget(status_, 1);
+  ApplyScheme();
+}
+
+MainWindow::~MainWindow() {
+  while (busyDepth_ > 0) SetBusy(false);
+}
+
+void MainWindow::BuildPanel() {
+  panel_ = new QWidget(this);
+  panel_->setObjectName("Frame1");
+  auto* column = new QVBoxLayout(panel_);
+
+  label3_ = new QLineEdit(panel_);
+  label3_->setObjectName("label3");
+  label3_->setPlaceholderText("Description");
+  connect(label3_, &QLineEdit::textEdited, this, [this](const QString& text) {
+    model_.Comment = Utf8ToCp1252(text.toStdString());
+  });
+  column->addWidget(label3_);
+
+  auto* number = new QHBoxLayout;
+  puzNumber_ = new QLabel("Puzzle#", panel_);
+  puzNumber_->setObjectName("Label2");
+  puzNumNow_ = new QLineEdit(panel_);
+  puzNumNow_->setObjectName("PuzNumNow");
+  puzNumNow_->setMaximumWidth(70);
+  label4_ = new QLabel(panel_);
+  label4_->setObjectName("Label4");
+  number->addWidget(puzNumber_);
+  number->addWidget(puzNumNow_);
+  number->addWidget(label4_);
+  number->addStretch();
+  column->addLayout(number);
+
+  combo1_ = new QComboBox(panel_);
+  combo1_->setObjectName("Combo1");
+  setColx_ = new QToolButton(panel_);
+  setColx_->setObjectName("SetColx");
+  setColx_->setText("Set");
+  setColx_->setToolTip("Set the selected color scheme and close this option");
+  auto* schemes = new QHBoxLayout;
+  schemes->addWidget(combo1_, 1);
+  schemes->addWidget(setColx_);
+  column->addLayout(schemes);
+  combo1_->hide();
+  setColx_->hide();
+  connect(combo1_, &QComboBox::activated, this, [this](int) {
+    SelectScheme(model_, colours_, *this, combo1_->currentText().toStdString());
+    ApplyScheme();
+  });
+  connect(setColx_, &QToolButton::clicked, this, [this] { ToggleSchemeList(false); });
+
+  // Index 0 previous, 1 first, 2 next, 3 last, 4 random.
+  const std::array<std::pair<const char*, const char*>, 5> arrows = {{{"<", "Previous puzzle"},
+                                                                     {"|<", "First puzzle"},
+                                                                     {">", "Next puzzle"},
+                                                                     {">|", "Last puzzle"},
+                                                                     {"><", "Random puzzle"}}};
+  auto* arrowRow = new QHBoxLayout;
+  for (std::size_t i = 0; i < arrows.size(); ++i) {
+    auto* button = new QToolButton(panel_);
+    button->setObjectName(QStringLiteral("arrows%1").arg(i));
+    button->setText(arrows[i].first);
+    button->setToolTip(arrows[i].second);
+    button->setMinimumWidth(36);
+    connect(button, &QToolButton::clicked, this, [this, i] { Arrow(static_cast<int>(i)); });
+    arrows_[i] = button;
+  }
+  for (int i : {1, 0, 2, 3, 4}) arrowRow->addWidget(arrows_[static_cast<std::size_t>(i)]);
+  column->addLayout(arrowRow);
+
+  auto* info = new QGridLayout;
+  const std::array<const char*, 3> captions = {"Grid Size", "No of Constraints", "No of Clues"};
+  for (std::size_t i = 0; i < 3; ++i) {
+    info->addWidget(new QLabel(captions[i], panel_), static_cast<int>(i), 0);
+    puzInfo_[i] = new QLabel(panel_);
+    puzInfo_[i]->setObjectName(QStringLiteral("PuzInfo%1").arg(i));
+    puzInfo_[i]->setAlignment(Qt::AlignCenter);
+    puzInfo_[i]->setMinimumWidth(44);
+    info->addWidget(puzInfo_[i], static_cast<int>(i), 1);
+  }
+  column->addLayout(info);
+
+  undoMan_ = new QPushButton("Undo", panel_);
+  undoMan_->setObjectName("UndoMan");
+  connect(undoMan_, &QPushButton::clicked, this, [this] { UndoEntry(model_, *this); });
+  cmdCancel_ = new QPushButton("Cancel", panel_);
+  cmdCancel_->setObjectName("cmdcancel");
+  connect(cmdCancel_, &QPushButton::clicked, this, [this] { CancelCommand(model_, *this); });
+  auto* buttons = new QHBoxLayout;
+  buttons->addWidget(undoMan_);
+  buttons->addWidget(cmdCancel_);
+  column->addLayout(buttons);
+
+  busyLabel_ = new QLabel("Busy...", panel_);
+  busyLabel_->setObjectName("busylabel");
+  busyLabel_->hide();
+  pb_ = new QLabel(panel_);
+  pb_->setObjectName("pb");
+  pb_->setWordWrap(true);
+  column->addWidget(busyLabel_);
+  column->addWidget(pb_);
+  column->addStretch();
+  panel_->setMinimumWidth(240);
+}
+
+QAction* MainWindow::AddAction(QMenu* menu, const char* name, const QString& caption, std::function<void()> run) {
+  QAction* action = menu->addAction(caption);
+  action->setObjectName(name);
+  if (run) {
+    connect(action, &QAction::triggered, this, [run = std::move(run)] { run(); });
+  } else {
+    action->setEnabled(false);  // its command arrives with a later version
+  }
+  return action;
+}
+
+void MainWindow::AddCancel(QMenu* menu, const char* name) {
+  menu->addSeparator();
+  AddAction(menu, name, "Cancel", [] {});
+}
+
+void MainWindow::BuildMenus() {
+  QMenu* main = menuBar()->addMenu("Quillmere");
+  QMenu* options = main->addMenu("Options");
+  options->menuAction()->setObjectName("mnuopts");
+  AddAction(options, "mnucolx", "Color Scheme", [this] { ToggleSchemeList(combo1_->isHidden()); });
+  AddAction(options, "mnycellcolor", "Set/Clear Cell Color", [this] {
+    ToggleCellColouring(model_);
+    grid_->update();
+  });
+  AddCancel(options, "mnucan2");
+  AddAction(main, "mnuhelp", "Help", nullptr);
+  AddAction(main, "mnuabout", "About", nullptr);
+  AddAction(main, "cmdexit", "Exit", [this] { Exit(); });
+
+  QMenu* file = menuBar()->addMenu("File");
+  AddAction(file, "mnuload", "Load", nullptr);
+  AddAction(file, "mnuviewall", "View", nullptr);
+  AddAction(file, "mnusaveas", "Copy", nullptr);
+  AddAction(file, "mnubackup", "Backup", nullptr);
+  AddAction(file, "mnusortpuz", "Sort", nullptr);
+  AddCancel(file, "can3");
+
+  QMenu* puzzle = menuBar()->addMenu("Puzzle");
+  AddAction(puzzle, "mnureload", "Reload", nullptr);
+  AddAction(puzzle, "mnuappend", "Append", nullptr);
+  AddAction(puzzle, "mnudelete", "Delete", nullptr);
+  QMenu* saveAs = puzzle->addMenu("Save As");
+  saveAs->menuAction()->setObjectName("mnusave");
+  AddAction(saveAs, "mnusaveassli", "Quillmere File", nullptr);
+  AddAction(saveAs, "mnupuzimage", "Bitmap File", nullptr);
+  AddAction(saveAs, "mnusavetxt", "Text File", nullptr);
+  AddAction(saveAs, "mnusavexls", "XLS File", nullptr);
+  AddAction(saveAs, "mnusavehtml", "HTML File", nullptr);
+  AddCancel(puzzle, "can4");
+
+  QMenu* create = menuBar()->addMenu("Create");
+  QMenu* newGrid = create->addMenu("New Grid");
+  newGrid->menuAction()->setObjectName("mnunewgrid");
+  for (int i = 0; i < 7; ++i) {
+    const QString caption = QStringLiteral("%1x%1").arg(i + kMinGridSize);
+    QAction* action = AddAction(newGrid, "mnunewx", caption, [this, i] { NewGrid(model_, *this, i); });
+    action->setObjectName(QStringLiteral("mnunewx%1").arg(i));
+  }
+  AddCancel(newGrid, "mnunewx8");
+  AddAction(create, "mnunewpuzx", "Single Puzzle", nullptr);
+  AddAction(create, "mnumultipuzx", "Multiple Puzzles", nullptr);
+  AddCancel(create, "can7");
+
+  QMenu* edit = menuBar()->addMenu("Edit");
+  AddAction(edit, "mnuclrgrid", "Clear Grid", [this] { ClearGrid(model_, *this); });
+  AddAction(edit, "mnucleargridx", "Clear Constraints", [this] { ClearConstraints(model_, *this); });
+  AddAction(edit, "mnuclearallnum", "Clear Numbers", [this] { ClearNumbers(model_, *this); });
+  AddCancel(edit, "can1");
+
+  QMenu* solve = menuBar()->addMenu("Solve");
+  AddAction(solve, "mnuautosol", "Auto (no pause)", [this] { AutoSolve(model_, *this); });
+  AddAction(solve, "mnuautosolpause", "Auto (with pause)", [this] { PacedAutoSolve(model_, *this); });
+  AddAction(solve, "mnuviewsol", "View Solution", [this] { ToggleSolutionView(model_, *this); });
+  AddAction(solve, "mnuverify", "Verify", [this] { Verify(model_, *this); });
+  AddCancel(solve, "can2");
+
+  QMenu* print = menuBar()->addMenu("Print");
+  AddAction(print, "mnuprintcurrent", "Current Puzzle", nullptr);
+  AddAction(print, "mnuprintfile", "Puzzles from File", nullptr);
+  AddCancel(print, "mnucan");
+}
+
+void MainWindow::StartUp() {
+  ReadSettings(model_, *this);
+  LoadScheme(model_, colours_, *this, model_.SchemeFile);
+  SetSize(model_, kStartGridSize);
+  const auto length = FileLength(model_.CurrentFile);
+  if (!length || *length == 0) model_.CurrentFile = model_.AppDir + "puzzles.fut";
+  if (ReadPuzzle(model_, *this, model_.CurrentFile, 1).notFound) {
+    ShowMessage(ReadErrorMessage(1, model_.CurrentFile));
+  }
+  combo1_->clear();
+  for (const std::string& name : SchemeList(model_.AppDir)) combo1_->addItem(QString::fromStdString(name));
+  const std::string scheme = model_.SchemeFile.substr(0, model_.SchemeFile.find('.'));
+  combo1_->setCurrentText(QString::fromStdString(scheme));
+  ApplyScheme();
+  RedrawGrid();
+  RefreshPuzzleInfo();
+}
+
+void MainWindow::ApplyScheme() {
+  const auto& c = colours_.colour;
+  setStyleSheet(QStringLiteral(
+                    "QMainWindow, #Frame1, QStatusBar { background: %1; color: %6; }"
+                    "QLabel { color: %6; }"
+                    "#label3 { background: %2; color: %6; border: 1px solid %5; padding: 4px; }"
+                    "#PuzInfo0, #PuzInfo1, #PuzInfo2 { background: %2; border-radius: 3px; padding: 2px; }"
+                    "QPushButton, QToolButton { background: %3; color: %6; border: 1px solid %5; "
+                    "border-radius: 3px; padding: 4px 8px; }"
+                    "QPushButton:pressed, QToolButton:pressed { background: %4; }"
+                    "#PuzNumNow { background: %3; color: %6; border: 1px solid %5; padding: 2px; }"
+                    "#pb, #StatusLine { color: %7; }")
+                    .arg(Css(c[kGridColour]), Css(c[kCellColour]), Css(c[kButtonColour]), Css(c[kHighlightColour]),
+                         Css(c[kBorderColour]), Css(c[kTextColour]), Css(c[kStatusColour])));
+  grid_->update();
+}
+
+void MainWindow::ToggleSchemeList(bool show) {
+  combo1_->setVisible(show);
+  setColx_->setVisible(show);
+  puzNumNow_->setVisible(!show);
+  puzNumber_->setVisible(!show);
+}
+
+// WindowPort ----------------------------------------------------------------------------
+
+void MainWindow::ShowMessage(const std::string& text) {
+  const QString message = QString::fromStdString(text);
+  if (dialogHandler_) {
+    dialogHandler_(message, false);
+    return;
+  }
+  QMessageBox::information(this, kCaption, message);
+}
+
+bool MainWindow::AskYesNo(const std::string& question) {
+  const QString text = QString::fromStdString(question);
+  if (dialogHandler_) return dialogHandler_(text, true);
+  return QMessageBox::question(this, kCaption, text, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+}
+
+std::string MainWindow::ChooseFile(const FileChoice& choice) {
+  // The process's directory is kept across the chooser.
+  std::error_code ec;
+  const auto directory = std::filesystem::current_path(ec);
+  QString chosen;
+  if (fileHandler_) {
+    chosen = fileHandler_(choice);
+  } else if (choice.mode == ChooserMode::Open) {
+    chosen = QFileDialog::getOpenFileName(this, QString::fromStdString(choice.title),
+                                          QString::fromStdString(choice.directory), Filter(choice));
+  } else {
+    // The commands ask their own "OverWrite file:" question.
+    chosen = QFileDialog::getSaveFileName(this, QString::fromStdString(choice.title),
+                                          QString::fromStdString(choice.directory), Filter(choice), nullptr,
+                                          QFileDialog::DontConfirmOverwrite);
+  }
+  if (!ec) std::filesystem::current_path(directory, ec);
+  return chosen.toStdString();
+}
+
+QString MainWindow::StatusLine() const { return status_->text(); }
+
+void MainWindow::SetStatusLine(const std::string& text) { status_->setText(QString::fromStdString(text)); }
+
+void MainWindow::SetProgressLine(const std::string& text) { pb_->setText(QString::fromStdString(text)); }
+
+std::string MainWindow::ProgressLine() const { return pb_->text().toStdString(); }
+
+void MainWindow::SetBusy(bool busy) {
+  if (busy) {
+    if (busyDepth_++ == 0) QApplication::setOverrideCursor(Qt::WaitCursor);
+  } else if (busyDepth_ > 0 && --busyDepth_ == 0) {
+    QApplication::restoreOverrideCursor();
+  }
+  busyLabel_->setVisible(busyDepth_ > 0);
+}
+
+void MainWindow::ProcessEvents() { QCoreApplication::processEvents(); }
+
+void MainWindow::SetPacingTimer(bool enabled, int intervalMs) {
+  timer1_->setInterval(intervalMs);
+  if (enabled) {
+    timer1_->start();
+  } else {
+    timer1_->stop();
+  }
+}
+
+void MainWindow::ShowPosition(int k) { grid_->ClearShownText(k); }
+
+void MainWindow::ShowCellText(int k, const std::string& text) { grid_->SetShownText(k, FromModel(text)); }
+
+void MainWindow::ShowStep(const SolveStep& step) {
+  // Highlight the line, the second cell and the target.
+  std::vector<int> lit;
+  for (int i = 1; i <= model_.LayoutExtent; i += 2) {
+    if (step.row > 0) lit.push_back(model_.PositionOf[static_cast<std::size_t>(step.row)][static_cast<std::size_t>(i)]);
+    if (step.col > 0) lit.push_back(model_.PositionOf[static_cast<std::size_t>(i)][static_cast<std::size_t>(step.col)]);
+  }
+  if (step.second >= 0) lit.push_back(step.second);
+  for (int k : lit) grid_->SetColour(k, CellColour::Highlight);
+  grid_->SetColour(step.target, CellColour::Target);
+
+  model_.StepGo = 0;
+  SetPacingTimer(true, model_.PacingInterval);
+  SetStatusLine(Cp1252ToUtf8(StepStatusText(step)));
+  // Wait for the space bar, a click or the timer; Cancel ends step mode.
+  while (model_.StepGo == 0 && model_.StepMode != 0) {
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
+  }
+  SetStatusLine("");
+  SetPacingTimer(false, model_.PacingInterval);
+  for (int k : lit) grid_->SetColour(k, CellColour::Normal);
+  grid_->SetColour(step.target, CellColour::Normal);
+  ShowCellText(step.target, step.text);
+}
+
+void MainWindow::ColourPosition(int k, CellColour colour) { grid_->SetColour(k, colour); }
+
+CellColour MainWindow::ColourOf(int k) const { return grid_->Colour(k); }
+
+void MainWindow::RedrawGrid() { grid_->ClearShownTexts(); }
+
+void MainWindow::RefreshPuzzleInfo() {
+  puzInfo_[0]->setText(QString::number(model_.GridSize));
+  puzInfo_[1]->setText(QString::number(model_.ConstraintCount));
+  puzInfo_[2]->setText(QString::number(model_.ClueCount));
+  puzNumNow_->setText(QString::number(model_.CurrentPuzzle));
+  label4_->setText(QString::fromStdString(" of" + Str(model_.PuzzleCount)));
+  label3_->setText(FromModel(model_.Comment));
+}
+
+// Input ---------------------------------------------------------------------------------
+
+void MainWindow::Continue() {
+  if (model_.StepMode != 0) model_.StepGo = -1;
+}
+
+void MainWindow::Arrow(int index) {
+  if (model_.StepMode != 0) {
+    ChangePace(model_, *this, static_cast<PaceButton>(index));
+    return;
+  }
+}
+
+void MainWindow::ShowPositionMenu(int k, const QPoint& globalPos) {
+  QMenu menu(this);
+  const PositionKind kind = KindOf(model_, k);
+  QStringList entries;
+  if (kind == PositionKind::Cell) {
+    menu.setObjectName("mnurightclick");
+    entries << "Clear";
+    for (int d = 1; d <= model_.GridSize; ++d) entries << QString::number(d);
+    entries << "-" << "Hint" << "-" << "Cancel";
+  } else if (kind == PositionKind::HorizontalSign) {
+    menu.setObjectName("mnurightclickA");
+    entries << "Clear" << ">" << "<" << "-" << "Cancel";
+  } else if (kind == PositionKind::VerticalSign) {
+    menu.setObjectName("mnurightclickB");
+    entries << "Clear" << "^" << "v" << "-" << "Cancel";
+  } else {
+    return;
+  }
+  for (const QString& entry : entries) {
+    if (entry == "-") {
+      menu.addSeparator();
+    } else {
+      menu.addAction(entry)->setData(entry);
+    }
+  }
+  const QAction* chosen = menu.exec(globalPos);
+  if (chosen == nullptr) return;
+  const std::string choice = chosen->data().toString().toStdString();
+  if (kind == PositionKind::Cell) {
+    CellMenuChoice(model_, *this, k, choice);
+  } else {
+    SignMenuChoice(model_, *this, k, choice);
+  }
+}
+
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+  const int k = grid_->CursorPosition();
+  const QString text = event->text();
+  if (event->key() == Qt::Key_Space && model_.StepMode != 0) {
+    Continue();
+    return;
+  }
+  if (event->matches(QKeySequence::Undo)) {
+    UndoEntry(model_, *this);
+    return;
+  }
+  switch (event->key()) {
+    case Qt::Key_Left:
+      grid_->MoveCursor(0, -1);
+      return;
+    case Qt::Key_Right:
+      grid_->MoveCursor(0, 1);
+      return;
+    case Qt::Key_Up:
+      grid_->MoveCursor(-1, 0);
+      return;
+    case Qt::Key_Down:
+      grid_->MoveCursor(1, 0);
+      return;
+    default:
+      break;
+  }
+  if (k < 0 || k > model_.LastPosition) {
+    QMainWindow::keyPressEvent(event);
+    return;
+  }
+  const PositionKind kind = KindOf(model_, k);
+  const bool clear = event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace;
+  if (kind == PositionKind::Cell) {
+    if (clear) {
+      CellMenuChoice(model_, *this, k, "Clear");
+    } else if (text.compare("h", Qt::CaseInsensitive) == 0) {
+      CellMenuChoice(model_, *this, k, "Hint");
+    } else if (text.size() == 1 && text[0] >= '1' && text[0] <= QChar('0' + model_.GridSize)) {
+      CellMenuChoice(model_, *this, k, text.toStdString());
+    }
+    return;
+  }
+  if (kind == PositionKind::Corner) return;
+  const QString signs = kind == PositionKind::HorizontalSign ? "<>" : "^vV";
+  if (clear) {
+    SignMenuChoice(model_, *this, k, "Clear");
+  } else if (text.size() == 1 && signs.contains(text[0])) {
+    SignMenuChoice(model_, *this, k, text == "V" ? "v" : text.toStdString());
+  }
+}
+
+void MainWindow::mousePressEvent(QMouseEvent* event) {
+  Continue();
+  QMainWindow::mousePressEvent(event);
+}
+
+void MainWindow::Exit() {
+  if (!AskYesNo("Exit?")) return;
+  WriteSettings(model_, *this);
+  std::error_code ec;
+  std::filesystem::remove("Quillmeretemp.tmp", ec);
+  exiting_ = true;
+  model_.StepMode = 0;
+  model_.CancelRequest = kYes;
+  close();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  // Closing by the frame ends the program at once, without writing the settings.
+  model_.StepMode = 0;
+  model_.CancelRequest = kYes;
+  event->accept();
+}
+
+}  // namespace qm::ui

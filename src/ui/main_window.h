@@ -1,0 +1,108 @@
+// The workbench window: the grid, the puzzle panel, the menus. It owns the puzzle model
+// for the whole run and is the window port every command talks to.
+#pragma once
+
+#include <QMainWindow>
+#include <array>
+#include <functional>
+
+#include "core/puzzle_model.h"
+#include "core/window_port.h"
+#include "settings/colour_schemes.h"
+
+class QAction;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QPushButton;
+class QTimer;
+class QToolButton;
+
+namespace qm::ui {
+
+class GridWidget;
+
+class MainWindow : public QMainWindow, public WindowPort {
+  Q_OBJECT
+
+ public:
+  explicit MainWindow(std::string appDir, QWidget* parent = nullptr);
+  ~MainWindow() override;
+
+  // Reads the settings and the colour scheme, builds the grid and loads puzzle 1 of
+  // the current collection.
+  void StartUp();
+
+  // Tests answer the modal boxes and choosers through these instead of a person.
+  using DialogHandler = std::function<bool(const QString& text, bool question)>;
+  using FileHandler = std::function<QString(const FileChoice& choice)>;
+  void SetDialogHandler(DialogHandler handler) { dialogHandler_ = std::move(handler); }
+  void SetFileHandler(FileHandler handler) { fileHandler_ = std::move(handler); }
+
+  PuzzleModel& Model() { return model_; }
+  const ColourTable& Colours() const { return colours_; }
+  GridWidget* Grid() const { return grid_; }
+  QString StatusLine() const;
+  QTimer* PacingTimer() const { return timer1_; }
+
+  // WindowPort
+  void ShowMessage(const std::string& text) override;
+  bool AskYesNo(const std::string& question) override;
+  std::string ChooseFile(const FileChoice& choice) override;
+  void SetStatusLine(const std::string& text) override;
+  void SetProgressLine(const std::string& text) override;
+  std::string ProgressLine() const override;
+  void SetBusy(bool busy) override;
+  void ProcessEvents() override;
+  void SetPacingTimer(bool enabled, int intervalMs) override;
+  void ShowPosition(int k) override;
+  void ShowCellText(int k, const std::string& text) override;
+  void ShowStep(const SolveStep& step) override;
+  void ColourPosition(int k, CellColour colour) override;
+  CellColour ColourOf(int k) const override;
+  void RedrawGrid() override;
+  void RefreshPuzzleInfo() override;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void BuildPanel();
+  void BuildMenus();
+  QAction* AddAction(QMenu* menu, const char* name, const QString& caption, std::function<void()> run);
+  void AddCancel(QMenu* menu, const char* name);
+  void ApplyScheme();
+  void ShowPositionMenu(int k, const QPoint& globalPos);
+  void Arrow(int index);
+  void Continue();
+  void Exit();
+  void ToggleSchemeList(bool show);
+
+  PuzzleModel model_;
+  ColourTable colours_;
+  GridWidget* grid_ = nullptr;
+  std::array<QLabel*, 3> puzInfo_{};
+  QLabel* puzNumber_ = nullptr;  // "Puzzle#"
+  QLineEdit* puzNumNow_ = nullptr;
+  QLabel* label4_ = nullptr;  // " of" and the count
+  QLineEdit* label3_ = nullptr;
+  std::array<QToolButton*, 5> arrows_{};
+  QPushButton* undoMan_ = nullptr;
+  QComboBox* combo1_ = nullptr;
+  QToolButton* setColx_ = nullptr;
+  QPushButton* cmdCancel_ = nullptr;
+  QLabel* busyLabel_ = nullptr;
+  QLabel* pb_ = nullptr;
+  QLabel* status_ = nullptr;
+  QWidget* panel_ = nullptr;
+  QTimer* timer1_ = nullptr;
+  int busyDepth_ = 0;
+  bool exiting_ = false;
+  DialogHandler dialogHandler_;
+  FileHandler fileHandler_;
+};
+
+}  // namespace qm::ui

@@ -1,0 +1,230 @@
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QTimer>
+#include <QtTest>
+#include <filesystem>
+
+#include "core/text_rules.h"
+#include "support/test_files.h"
+#include "ui/grid_widget.h"
+#include "ui/main_window.h"
+
+using qm::ui::MainWindow;
+
+class MainWindowTest : public QObject {
+  Q_OBJECT
+
+ private:
+  std::unique_ptr<qm::test::TempDir> dir_;
+  std::unique_ptr<MainWindow> window_;
+  QStringList messages_;
+  QStringList questions_;
+  bool answer_ = true;
+
+  std::string AppDir() const { return dir_->Path() + "/"; }
+  std::string Config() const { return AppDir() + "Quillmere.cfg"; }
+
+  void Open() {
+    window_ = std::make_unique<MainWindow>(AppDir());
+    window_->SetDialogHandler([this](const QString& text, bool question) {
+      (question ? questions_ : messages_) << text;
+      return answer_;
+    });
+    window_->resize(900, 650);
+    window_->show();
+    window_->StartUp();
+  }
+  void Trigger(const char* name) {
+    auto* action = window_->findChild<QAction*>(name);
+    QVERIFY2(action != nullptr, name);
+    QVERIFY2(action->isEnabled(), name);
+    action->trigger();
+  }
+  QString Info(int i) const { return window_->findChild<QLabel*>(QStringLiteral("PuzInfo%1").arg(i))->text(); }
+
+ private slots:
+  void init() {
+    dir_ = std::make_unique<qm::test::TempDir>();
+    for (const char* name : {"puzzles.fut", "all.col"}) {
+      std::filesystem::copy_file(std::string(QUILLMERE_APP_DIR) + name, AppDir() + name);
+    }
+    messages_.clear();
+    questions_.clear();
+    answer_ = true;
+  }
+  void cleanup() { window_.reset(); }
+
+  void startsWithoutASettingsFile() {
+    Open();
+    QCOMPARE(window_->windowTitle(), QString("Quillmere 2.0"));
+    QCOMPARE(messages_.size(), 1);
+    QVERIFY(messages_[0].endsWith("could not be accessed, new file will be created"));
+    QVERIFY(std::filesystem::exists(Config()));
+    QCOMPARE(window_->Model().CurrentPuzzle, 1);
+    QCOMPARE(Info(0), QString::number(window_->Model().GridSize));
+    QVERIFY(window_->findChild<QAction*>("mnusortpuz") != nullptr);
+    QVERIFY(!window_->findChild<QAction*>("mnuprintcurrent")->isEnabled());
+  }
+
+  void startsFromItsSettingsAndAMissingCollection() {
+    qm::test::WriteBytes(Config(), qm::test::CrLf({"x", "slate.col", " 1", AppDir() + "gone.fut", "300"}));
+    Open();
+    QVERIFY(messages_.isEmpty());
+    QCOMPARE(window_->Model().SchemeFile, std::string("slate.col"));
+    QCOMPARE(window_->Model().CellColouring, 1);
+    QCOMPARE(window_->Model().PacingInterval, 300);
+    QCOMPARE(window_->Model().CurrentFile, AppDir() + "puzzles.fut");  // the remembered file is gone
+
+    std::filesystem::remove(AppDir() + "puzzles.fut");
+    window_.reset();
+    Open();
+    QCOMPARE(messages_.last(), QString::fromStdString("Error reading puzzle# 1 in file:\r\n" + AppDir() + "puzzles.fut"));
+  }
+
+  void solvesVerifiesAndShowsTheSolution() {
+    Open();
+    Trigger("mnuverify");
+    QCOMPARE(messages_.last(), QString("Puzzle appears valid but solution not completed yet"));
+    Trigger("mnuautosol");
+    QCOMPARE(messages_.last(), QString("Done"));
+    Trigger("mnuverify");
+    QCOMPARE(messages_.last(), QString("Puzzle appears to been solved"));
+    Trigger("mnuautosol");
+    QCOMPARE(messages_.last(), QString("Solved already?"));
+
+    auto* grid = window_->Grid();
+    Trigger("mnuviewsol");
+    QCOMPARE(window_->StatusLine(), QString("Solution"));
+    window_->Model().PosText[0] = "9";
+    Trigger("mnuviewsol");
+    QVERIFY(!window_->Model().SolutionShown);
+    QCOMPARE(grid->ShownText(0), QString::fromStdString(window_->Model().SolutionText[0]));
+  }
+
+  void pacedSolveFollowsTheTimerAndTheSpaceBar() {
+    Open();
+    window_->Model().PacingInterval = 15;
+    int steps = 0;
+    // The first go-on comes from the space bar; every step after it from the timer.
+    QTimer::singleShot(30, window_.get(), [this] { QTest::keyClick(window_.get(), Qt::Key_Space); });
+    connect(window_->PacingTimer(), &QTimer::timeout, this, [&steps] { ++steps; });
+    Trigger("mnuautosolpause");
+    QCOMPARE(messages_.last(), QString("Done"));
+    QVERIFY(steps > 5);
+    QCOMPARE(window_->Model().StepMode, std::int16_t{0});
+  }
+
+  void cancelEndsAPacedSolve() {
+    Open();
+    window_->Model().PacingInterval = 20000;
+    QTimer::singleShot(20, window_.get(), [this] { QTest::keyClick(window_.get(), Qt::Key_Space); });
+    QTimer::singleShot(150, window_.get(), [this] {
+      QTest::mouseClick(window_->findChild<QPushButton*>("cmdcancel"), Qt::LeftButton);
+    });
+    QElapsedTimer clock;
+    clock.start();
+    Trigger("mnuautosolpause");
+    QVERIFY(clock.elapsed() < 5000);  // did not wait for the 20 s pace
+    QCOMPARE(window_->Model().StepMode, std::int16_t{0});
+  }
+
+  void keyboardEntryHintAndUndo() {
+    Open();
+    auto& model = window_->Model();
+    qm::SetSize(model, 3);
+    window_->RedrawGrid();
+    window_->Grid()->SetCursorPosition(0);
+    window_->Grid()->setFocus();
+    QTest::keyClick(window_.get(), Qt::Key_2);
+    QCOMPARE(model.PosText[0], std::string("2"));
+    QTest::keyClick(window_.get(), Qt::Key_Right);
+    QTest::keyClick(window_.get(), Qt::Key_Right);
+    QTest::keyClick(window_.get(), Qt::Key_2);
+    QCOMPARE(model.PosText[2], std::string(""));  // refused: 2 is in the row
+    QTest::keyClick(window_.get(), Qt::Key_H);
+    QCOMPARE(model.PosText[2], std::string("13"));
+    QTest::keyClick(window_.get(), Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(model.PosText[2], std::string(""));
+    QTest::keyClick(window_.get(), Qt::Key_Left);
+    QTest::keyClick(window_.get(), Qt::Key_Less);
+    QCOMPARE(model.PosText[1], std::string(""));  // a "<" after a 2 and before an empty cell
+    QTest::mouseClick(window_->findChild<QPushButton*>("UndoMan"), Qt::LeftButton);
+    QTest::mouseClick(window_->findChild<QPushButton*>("UndoMan"), Qt::LeftButton);
+    QCOMPARE(model.PosText[0], std::string(""));
+  }
+
+  void contextMenuEntersADigit() {
+    Open();
+    auto& model = window_->Model();
+    qm::SetSize(model, 3);
+    window_->RedrawGrid();
+    QTimer::singleShot(50, window_.get(), [] {
+      auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+      QVERIFY(menu != nullptr);
+      QCOMPARE(menu->objectName(), QString("mnurightclick"));
+      for (QAction* action : menu->actions()) {
+        if (action->text() == "3") menu->setActiveAction(action);
+      }
+      QTest::keyClick(menu, Qt::Key_Return);
+    });
+    const QPoint cell = window_->Grid()->PositionRect(12).center();
+    QTest::mouseClick(window_->Grid(), Qt::RightButton, {}, cell);
+    QCOMPARE(model.PosText[12], std::string("3"));
+    QCOMPARE(model.UndoList.front(), std::string("012"));
+  }
+
+  void schemesAndCellColour() {
+    Open();
+    const qm::Rgb before = window_->Colours().colour[qm::kGridColour];
+    Trigger("mnucolx");
+    auto* combo = window_->findChild<QComboBox*>("Combo1");
+    QVERIFY(combo->isVisibleTo(window_.get()));
+    const int slate = combo->findText("slate");
+    QVERIFY(slate >= 0);
+    combo->setCurrentIndex(slate);
+    emit combo->activated(slate);
+    QVERIFY(window_->Colours().colour[qm::kGridColour] != before);
+    QCOMPARE(window_->Model().SchemeFile, std::string("slate.col"));
+    Trigger("mnycellcolor");
+    QCOMPARE(window_->Model().CellColouring, 1);
+    Trigger("mnycellcolor");
+    QCOMPARE(window_->Model().CellColouring, 0);
+  }
+
+  void exitWritesTheSettingsClosingByTheFrameDoesNot() {
+    Open();
+    std::filesystem::remove(Config());
+    window_->close();
+    QVERIFY(!std::filesystem::exists(Config()));
+
+    answer_ = false;
+    Trigger("cmdexit");
+    QCOMPARE(questions_.last(), QString("Exit?"));
+    QVERIFY(!std::filesystem::exists(Config()));
+    answer_ = true;
+    window_->Model().PacingInterval = 1234;
+    Trigger("cmdexit");
+    QVERIFY(std::filesystem::exists(Config()));
+    QVERIFY(qm::test::ReadBytes(Config()).find("\r\n1234\r\n") != std::string::npos);
+  }
+
+  void clearCommandsAskFirst() {
+    Open();
+    answer_ = false;
+    Trigger("mnuclrgrid");
+    QCOMPARE(questions_.last(), QString("Clear Entire Grid?"));
+    QVERIFY(window_->Model().ConstraintCount > 0);
+    answer_ = true;
+    Trigger("mnunewx6");
+    QCOMPARE(window_->Model().LastPosition, 288);
+    QCOMPARE(Info(0), QString("9"));
+    QCOMPARE(Info(1), QString("0"));
+  }
+};
+
+QTEST_MAIN(MainWindowTest)
+#include "test_main_window.moc"
