@@ -54,7 +54,11 @@ void PrepareCandidates(PuzzleModel& model) {
       std::string& smaller = model.SmallerList[k];
       smaller.clear();
       for (const Side& side : SidesOf(model, k)) {
-        if (Holds(model, side.slot, side.greaterSign)) smaller += ZeroPadded(side.across, 3);
+        if (!Holds(model, side.slot, side.greaterSign)) continue;
+        // The position as three digits ("012"); positions stay below 1000.
+        const char entry[3] = {static_cast<char>('0' + side.across / 100), static_cast<char>('0' + side.across / 10 % 10),
+                               static_cast<char>('0' + side.across % 10)};
+        smaller.append(entry, 3);
       }
     }
   }
