@@ -11,6 +11,8 @@ int RunCli(int argc, const char* const* argv, std::ostream& out, std::ostream& e
   app.add_flag("--json", json, "Print one JSON object on stdout");
   CommandList commands;
   RegisterPuzzleCommands(app, commands, json);
+  RegisterCollectionCommands(app, commands, json);
+  RegisterExportCommands(app, commands, json);
 
   try {
     app.parse(argc, argv);
