@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <functional>
 
 #include "core/collection_file.h"
@@ -18,24 +17,6 @@
 namespace qm {
 namespace {
 
-using Strings = std::vector<std::string>;
-
-struct ExportCommand {
-  const char* patterns;
-  const char* description;
-  const char* success;
-  std::function<CommandResult(const PuzzleModel&, WindowPort&)> run;
-};
-
-const ExportCommand kCommands[] = {
-    {"*.txt", "Text Files", "Puzzle saved as text file:", mnusavetxt},
-    {"*.xls", "Excel Files", "Puzzle saved as XLS File:", mnusavexls},
-    {"*.htm", "Html Files", "Puzzle saved as Html File:",
-     [](const PuzzleModel& model, WindowPort& port) {
-       return SaveHtmlFile(model, port, DefaultTemplateDirectories(model));
-     }},
-};
-
 // A chooser that wanders off to another directory, as real ones may.
 class WanderingPort : public HeadlessPort {
  public:
@@ -45,61 +26,48 @@ class WanderingPort : public HeadlessPort {
   }
 };
 
-class SaveCommandTest : public ::testing::Test {
- protected:
-  void SetUp() override {
+TEST(SaveCommand, EveryExportChoosesConfirmsAndReports) {
+  const struct {
+    std::string chooser;  // patterns and description
+    std::string success;
+    std::function<CommandResult(const PuzzleModel&, WindowPort&)> run;
+  } commands[] = {
+      {"*.txtText Files", "Puzzle saved as text file:", mnusavetxt},
+      {"*.xlsExcel Files", "Puzzle saved as XLS File:", mnusavexls},
+      {"*.htmHtml Files", "Puzzle saved as Html File:",
+       [](const PuzzleModel& m, WindowPort& p) { return SaveHtmlFile(m, p, DefaultTemplateDirectories(m)); }},
+  };
+  test::TempDir dir;
+  const std::string target = dir.File("out");
+  const std::string here = std::filesystem::current_path().string();
+  PuzzleModel model;
+  model.AppDir = QUILLMERE_APP_DIR;
+  for (const auto& command : commands) {
+    WanderingPort port;
     test::WriteBytes(dir.File("c.fut"), test::CrLf(test::SampleRecord()));
     ASSERT_FALSE(ReadPuzzle(model, port, dir.File("c.fut"), 1).notFound);
-    model.AppDir = QUILLMERE_APP_DIR;
-    target = dir.File("out");
-  }
-  test::TempDir dir;
-  PuzzleModel model;
-  WanderingPort port;
-  std::string target;
-};
-
-TEST_F(SaveCommandTest, EveryExportChoosesConfirmsAndReports) {
-  const std::string here = std::filesystem::current_path().string();
-  for (const ExportCommand& command : kCommands) {
     test::WriteBytes(target, "old");
-    port = WanderingPort();
-    port.fileAnswers = {"", target, target};
-    port.yesNoAnswers = {false, true};
+    port.fileAnswers = {"", target, "/dev/full", target, target};
+    port.yesNoAnswers = {false};  // then Yes to everything
     EXPECT_EQ(command.run(model, port), CommandResult::Cancelled);
     EXPECT_EQ(command.run(model, port), CommandResult::Cancelled);
-    EXPECT_EQ(test::ReadBytes(target), "old");
-    EXPECT_EQ(command.run(model, port), CommandResult::Done);
-    EXPECT_NE(test::ReadBytes(target).substr(0, 3), "old");
-    EXPECT_EQ(port.messages, Strings({command.success + std::string("\r\n") + target}));
-    EXPECT_EQ(port.questions[0], "OverWrite file: " + target + " ?");
-    EXPECT_EQ(std::filesystem::current_path().string(), here);
-    EXPECT_FALSE(port.Busy());
-    const FileChoice& choice = port.fileChoices[0];
-    EXPECT_EQ(choice.title, "Quillmere");
-    EXPECT_EQ(choice.patterns, command.patterns);
-    EXPECT_EQ(choice.description, command.description);
-    EXPECT_EQ(choice.directory, QUILLMERE_APP_DIR);
-    EXPECT_EQ(choice.mode, ChooserMode::Save);
-  }
-}
-
-TEST_F(SaveCommandTest, AFailedWriteSaysSoAndKeepsTheOldFile) {
-  test::WriteBytes(target, "old");
-  for (const ExportCommand& command : kCommands) {
-    port = WanderingPort();
-    port.fileAnswers = {"/dev/full", target};
-    EXPECT_EQ(command.run(model, port), CommandResult::Failed);
+    EXPECT_EQ(command.run(model, port), CommandResult::Failed);  // no question for a device
     {
       test::FileSizeLimit full(20);
       EXPECT_EQ(command.run(model, port), CommandResult::Failed);
     }
-    EXPECT_EQ(port.messages, Strings({"Error writing to file: /dev/full", "Error writing to file: " + target}));
-    // The device's length cannot be read: no overwrite question for it.
-    EXPECT_EQ(std::count(port.questions.begin(), port.questions.end(), "OverWrite file: " + target + " ?"), 1);
-    EXPECT_EQ(std::count(port.questions.begin(), port.questions.end(), "OverWrite file: /dev/full ?"), 0);
     EXPECT_EQ(test::ReadBytes(target), "old");
+    EXPECT_EQ(command.run(model, port), CommandResult::Done);
+    EXPECT_NE(test::ReadBytes(target), "old");
+    EXPECT_EQ(port.messages, std::vector<std::string>({"Error writing to file: /dev/full",
+                                                       "Error writing to file: " + target,
+                                                       command.success + "\r\n" + target}));
+    EXPECT_EQ(std::count(port.questions.begin(), port.questions.end(), "OverWrite file: " + target + " ?"), 3);
+    EXPECT_EQ(std::filesystem::current_path().string(), here);
     EXPECT_FALSE(port.Busy());
+    const FileChoice& choice = port.fileChoices[0];
+    EXPECT_EQ(choice.title + choice.patterns + choice.description, "Quillmere" + command.chooser);
+    EXPECT_EQ(choice.directory + (choice.mode == ChooserMode::Save ? "SAVE" : ""), QUILLMERE_APP_DIR "SAVE");
   }
 }
 

@@ -4,7 +4,7 @@
 #include <sys/resource.h>
 
 #include <csignal>
-#include <string>
+#include <filesystem>
 
 namespace qm::test {
 
@@ -14,33 +14,25 @@ class FileSizeLimit {
  public:
   explicit FileSizeLimit(rlim_t bytes) {
     getrlimit(RLIMIT_FSIZE, &saved_);
-    previousHandler_ = std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     rlimit limit = saved_;
     limit.rlim_cur = bytes;
     setrlimit(RLIMIT_FSIZE, &limit);
   }
-  ~FileSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &saved_);
-    std::signal(SIGXFSZ, previousHandler_);
-  }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &saved_); }
 
  private:
   rlimit saved_{};
-  void (*previousHandler_)(int) = SIG_DFL;
 };
 
 // Another current directory (the delete command's temporary file lies there).
 class WorkingDirectory {
  public:
-  explicit WorkingDirectory(const std::string& directory);
-  ~WorkingDirectory();
-  WorkingDirectory(const WorkingDirectory&) = delete;
-  WorkingDirectory& operator=(const WorkingDirectory&) = delete;
+  explicit WorkingDirectory(const std::filesystem::path& directory) { std::filesystem::current_path(directory); }
+  ~WorkingDirectory() { std::filesystem::current_path(saved_); }
 
  private:
-  std::string saved_;
+  std::filesystem::path saved_ = std::filesystem::current_path();
 };
 
 }  // namespace qm::test
