@@ -35,6 +35,8 @@ bool ReplaceFile(const std::string& target, const FileWriter& write) {
   const fs::file_status status = fs::status(path, ec);
   const bool exists = fs::exists(status);
   if (exists && !fs::is_regular_file(status)) return write(target);
+  // Replacing needs only the directory's permission; a file we may not write stays.
+  if (exists && access(path.c_str(), W_OK) != 0) return false;
 
   fs::path directory = path.parent_path();
   if (directory.empty()) directory = ".";

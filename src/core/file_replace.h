@@ -16,7 +16,7 @@ using FileWriter = std::function<bool(const std::string& path)>;
 // A regular (or missing) target is written through a scratch file in its directory
 // and replaced in one step; the target keeps its permissions. Something that is not a
 // regular file (a device such as /dev/full) is written directly. False when the write
-// failed; the target is then as it was before.
+// failed or the target is not writable; the target is then as it was before.
 bool ReplaceFile(const std::string& target, const FileWriter& write);
 
 // ReplaceFile with the given bytes.
