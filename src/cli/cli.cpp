@@ -12,6 +12,8 @@ int RunCli(int argc, const char* const* argv, std::ostream& out, std::ostream& e
   CommandList commands;
   RegisterPuzzleCommands(app, commands, json);
   RegisterSolveCommands(app, commands, json);
+  RegisterCollectionCommands(app, commands, json);
+  RegisterExportCommands(app, commands, json);
 
   try {
     app.parse(argc, argv);

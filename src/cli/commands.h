@@ -9,6 +9,8 @@ namespace qm::cli {
 
 void RegisterPuzzleCommands(CLI::App& app, CommandList& commands, bool& json);
 void RegisterSolveCommands(CLI::App& app, CommandList& commands, bool& json);
+void RegisterCollectionCommands(CLI::App& app, CommandList& commands, bool& json);
+void RegisterExportCommands(CLI::App& app, CommandList& commands, bool& json);
 
 // Parses the command line and runs one command; returns the exit status.
 int RunCli(int argc, const char* const* argv, std::ostream& out, std::ostream& err);

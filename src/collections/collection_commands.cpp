@@ -1,0 +1,260 @@
+#include "collections/collection_commands.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "core/collection_file.h"
+#include "core/file_replace.h"
+#include "core/text_file.h"
+#include "core/text_rules.h"
+
+namespace qm {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A record whose skip runs this long without meeting the next "#" line ends the skip.
+constexpr int kMaxRecordLines = 100;
+constexpr int kBackupNumbers = 99;
+
+const std::string kLineBreakText(kLineBreak);
+
+bool IsRecordLine(const std::string& line) { return !line.empty() && line[0] == '#'; }
+
+bool Exists(const std::string& path) {
+  std::error_code ec;
+  return fs::exists(fs::symlink_status(path, ec));
+}
+
+std::string ChooseCollectionFile(const PuzzleModel& model, WindowPort& port, const std::string& title,
+                                 const std::string& patterns, ChooserMode mode) {
+  return ChooseFileKeepingDirectory(
+      port, FileChoice{title, patterns, kCollectionDescription, ApplicationDirectoryOf(model), mode});
+}
+
+// Reads puzzle n of CurrentFile; when it is not there, says so and reads the puzzle
+// that was current before.
+CommandResult ReadOrReturn(PuzzleModel& model, WindowPort& port, int n) {
+  const int previous = model.CurrentPuzzle;
+  if (!ReadPuzzle(model, port, model.CurrentFile, n).notFound) return CommandResult::Done;
+  port.ShowMessage("Error reading puzzle#" + Str(n));
+  ReadPuzzle(model, port, model.CurrentFile, previous);
+  return CommandResult::Failed;
+}
+
+int ArrowTarget(PuzzleModel& model, Arrow arrow) {
+  switch (arrow) {
+    case Arrow::Previous:
+      return model.CurrentPuzzle - 1 < 1 ? model.PuzzleCount : model.CurrentPuzzle - 1;
+    case Arrow::First:
+      return 1;
+    case Arrow::Next:
+      return model.CurrentPuzzle + 1 > model.PuzzleCount ? 1 : model.CurrentPuzzle + 1;
+    case Arrow::Last:
+      return model.PuzzleCount;
+    case Arrow::Random:
+      break;
+  }
+  const int n = static_cast<int>(RandomUniform(model) * model.PuzzleCount) + 1;
+  return std::min(n, model.PuzzleCount);
+}
+
+bool CanAppendTo(const std::string& path) {
+  std::error_code ec;
+  const fs::file_status status = fs::status(path, ec);
+  if (!fs::exists(status)) return true;
+  return fs::is_regular_file(status) && LineReader(path).IsOpen();
+}
+
+// The number of a record appended to `target`: one past its count of records. A target
+// that cannot be read as a file (a directory, a device) is refused before anything is
+// written, with "Error writing to file: NAME".
+bool NumberForAppend(WindowPort& port, const std::string& target, int& number) {
+  if (!CanAppendTo(target)) {
+    port.ShowMessage(WriteErrorMessage(target));
+    return false;
+  }
+  number = CountPuzzles(target) + 1;
+  return true;
+}
+
+bool SameFile(const std::string& a, const std::string& b) {
+  std::error_code ec;
+  return fs::equivalent(a, b, ec);
+}
+
+// The collection's lines without record n, as the delete command copies them.
+bool CopyWithoutRecord(const std::string& path, int n, std::string& kept) {
+  LineReader in(path);
+  if (!in.IsOpen()) return false;
+  TextBuilder out;
+  int counter = 0;
+  std::string line;
+  while (in.ReadLine(line)) {
+    if (IsRecordLine(line) && ++counter == n) {
+      bool ended = false;
+      for (int i = 0; i < kMaxRecordLines; ++i) {
+        if (!in.ReadLine(line)) {
+          ended = true;
+          break;
+        }
+        if (IsRecordLine(line)) break;
+      }
+      if (ended) break;
+    }
+    out.Line(line);
+  }
+  kept = out.Text();
+  return !in.Failed();
+}
+
+}  // namespace
+
+CommandResult MoveByArrow(PuzzleModel& model, WindowPort& port, Arrow arrow) {
+  if (model.SolverBusy) return CommandResult::Cancelled;
+  if (model.Modified != 0 && !port.AskYesNo("Discard all changes?")) return CommandResult::Cancelled;
+  return ReadOrReturn(model, port, ArrowTarget(model, arrow));
+}
+
+CommandResult GoToTypedNumber(PuzzleModel& model, WindowPort& port, const std::string& puzNumNow) {
+  const double n = NumericValue(puzNumNow);
+  if (n < 1 || n > model.PuzzleCount) return CommandResult::Cancelled;
+  return ReadOrReturn(model, port, RoundHalfEven(n));
+}
+
+CommandResult GoToPuzzleNumber(PuzzleModel& model, WindowPort& port, const std::string& puzNumNow) {
+  return ReadOrReturn(model, port, IntegerValue(puzNumNow));
+}
+
+CommandResult mnureload(PuzzleModel& model, WindowPort& port) {
+  if (!ReadPuzzle(model, port, model.CurrentFile, model.CurrentPuzzle).notFound) return CommandResult::Done;
+  port.ShowMessage(ReadErrorMessage(model.CurrentPuzzle, model.CurrentFile));
+  return CommandResult::Failed;
+}
+
+CommandResult mnuload(PuzzleModel& model, WindowPort& port) {
+  const std::string chosen =
+      ChooseCollectionFile(model, port, "Quillmere", kCollectionPatterns, ChooserMode::Open);
+  if (chosen.empty()) return CommandResult::Cancelled;
+  const int puzzle = model.CurrentPuzzle;
+  const std::string file = model.CurrentFile;
+  const int count = model.PuzzleCount;
+  if (!ReadPuzzle(model, port, chosen, 1).notFound) return CommandResult::Done;
+  port.ShowMessage("Error reading puzzle#" + Str(1));
+  model.CurrentPuzzle = puzzle;
+  model.CurrentFile = file;
+  model.PuzzleCount = count;
+  port.RefreshPuzzleInfo();
+  return CommandResult::Failed;
+}
+
+CommandResult mnuappend(PuzzleModel& model, WindowPort& port) {
+  const std::string target = ChooseCollectionFile(model, port, "Add Puzzle to File", "*.fut", ChooserMode::Save);
+  if (target.empty()) return CommandResult::Cancelled;
+  int number = 0;
+  if (!NumberForAppend(port, target, number)) return CommandResult::Failed;
+  const auto solutions = static_cast<long long>(model.SolutionList.size());
+  if (solutions > 0 && port.AskYesNo("Save all" + Str(solutions) + " solutions?")) {
+    if (!WritePuzzleWithSolutions(model, port, model.Comment, number, target)) return CommandResult::Failed;
+    port.ShowMessage("Puzzle and its" + Str(solutions) + " solutions appended to file " + target);
+  } else {
+    if (!WritePuzzle(model, port, model.Comment, number, target)) return CommandResult::Failed;
+    port.ShowMessage("Puzzle#" + Str(number) + " appended to file " + target);
+  }
+  // Appended to the current file: show the new record; else the current puzzle again.
+  const int n = SameFile(target, model.CurrentFile) ? number : model.CurrentPuzzle;
+  if (ReadPuzzle(model, port, model.CurrentFile, n).notFound) port.ShowMessage("Error reading puzzle#" + Str(n));
+  return CommandResult::Done;
+}
+
+CommandResult mnudelete(PuzzleModel& model, WindowPort& port, const std::string& puzNumNow) {
+  if (!port.AskYesNo("Delete current puzzle from file?")) return CommandResult::Cancelled;
+  int n = IntegerValue(puzNumNow);
+  std::string kept;
+  if (!CopyWithoutRecord(model.CurrentFile, n, kept)) {
+    port.ShowMessage(WriteErrorMessage(model.CurrentFile));
+    return CommandResult::Failed;
+  }
+  // The temporary copy is complete before the collection is touched.
+  if (!ReplaceFileWith(kDeleteTempFile, kept)) {
+    port.ShowMessage(WriteErrorMessage(kDeleteTempFile));
+    return CommandResult::Failed;
+  }
+  if (!ReplaceFileWith(model.CurrentFile, kept)) {
+    port.ShowMessage(WriteErrorMessage(model.CurrentFile));
+    return CommandResult::Failed;
+  }
+  if (n == model.PuzzleCount) {
+    n = n - 1;
+    model.PuzzleCount = n;
+  }
+  model.CurrentPuzzle = n;  // what PuzNumNow shows, even when nothing is left to read
+  ReadPuzzle(model, port, model.CurrentFile, n);
+  port.ShowMessage("Done");
+  return CommandResult::Done;
+}
+
+CommandResult mnusaveas(PuzzleModel& model, WindowPort& port) {
+  const std::string target = ChooseCollectionFile(model, port, "Quillmere", kCollectionPatterns, ChooserMode::Save);
+  if (target.empty()) return CommandResult::Cancelled;
+  if (!CopyFileSafely(model.CurrentFile, target)) {
+    port.ShowMessage("Error saving to file:" + kLineBreakText + target);
+    return CommandResult::Failed;
+  }
+  port.ShowMessage("Puzzle file saved as:" + kLineBreakText + target);
+  return CommandResult::Done;
+}
+
+CommandResult mnusaveassli(PuzzleModel& model, WindowPort& port) {
+  const std::string target = ChooseCollectionFile(model, port, "Quillmere", "*.fut", ChooserMode::Save);
+  if (target.empty()) return CommandResult::Cancelled;
+  int number = 0;
+  if (!NumberForAppend(port, target, number) || !WritePuzzle(model, port, model.Comment, number, target)) {
+    return CommandResult::Failed;
+  }
+  port.ShowMessage("Puzzle#" + Str(number) + " saved in file " + target);
+  return CommandResult::Done;
+}
+
+std::string BackupName(const std::string& path) {
+  // The rule works on the file name: a dot or ";" in a directory name does not count.
+  const std::size_t slash = path.rfind('/');
+  const std::size_t nameStart = slash == std::string::npos ? 0 : slash + 1;
+  std::size_t dot = path.rfind('.');
+  if (dot == std::string::npos || dot < nameStart) dot = path.size();
+  const std::size_t semi = dot == 0 ? std::string::npos : path.rfind(';', dot - 1);
+
+  std::string prefix;
+  long long m = 0;
+  if (semi != std::string::npos && semi >= nameStart) {  // already a backup: count on
+    prefix = path.substr(0, semi + 1);
+    m = IntegerValue(std::string_view(path).substr(semi + 1, dot - semi - 1));
+  } else {
+    prefix = path.substr(0, dot) + ";";
+  }
+  const std::string suffix = path.substr(dot);
+  std::string first;
+  for (int tries = 0; tries < kBackupNumbers; ++tries) {
+    m = m + 1 >= 100 ? 1 : m + 1;
+    std::string candidate = prefix + ZeroPadded(m, 2) + suffix;
+    if (!Exists(candidate)) return candidate;
+    if (first.empty()) first = std::move(candidate);
+  }
+  return first;  // every number taken
+}
+
+CommandResult mnubackup(PuzzleModel& model, WindowPort& port) {
+  const std::string name = BackupName(model.CurrentFile);
+  // A backup never overwrites an older one, not even when all 99 names are taken.
+  if (Exists(name) || !CopyFileSafely(model.CurrentFile, name)) {
+    port.ShowMessage("Error backing to file:" + kLineBreakText + name);
+    return CommandResult::Failed;
+  }
+  port.ShowMessage("File backed up as:" + kLineBreakText + name);
+  return CommandResult::Done;
+}
+
+std::string ViewAllTotal(const PuzzleModel& model) { return "Total Puzzles =" + Str(model.PuzzleCount); }
+
+}  // namespace qm

@@ -1,0 +1,50 @@
+#include "export/save_command.h"
+
+#include <filesystem>
+
+#include "core/text_file.h"
+#include "core/text_rules.h"
+
+namespace qm {
+
+std::string ApplicationDirectoryOf(const PuzzleModel& model) {
+  return model.AppDir.empty() ? ApplicationDirectory() : model.AppDir;
+}
+
+std::string ChooseFileKeepingDirectory(WindowPort& port, const FileChoice& choice) {
+  std::error_code ec;
+  const std::filesystem::path before = std::filesystem::current_path(ec);
+  std::string chosen = port.ChooseFile(choice);
+  if (!before.empty()) std::filesystem::current_path(before, ec);
+  return chosen;
+}
+
+std::string ChooseSaveFile(const PuzzleModel& model, WindowPort& port, const std::string& patterns,
+                           const std::string& description) {
+  return ChooseFileKeepingDirectory(
+      port, FileChoice{"Quillmere", patterns, description, ApplicationDirectoryOf(model), ChooserMode::Save});
+}
+
+bool ConfirmOverwrite(WindowPort& port, const std::string& path) {
+  if (!FileLength(path)) return true;
+  return port.AskYesNo("OverWrite file: " + path + " ?");
+}
+
+std::string WriteErrorMessage(const std::string& path) { return "Error writing to file: " + path; }
+
+CommandResult RunSaveCommand(const PuzzleModel& model, WindowPort& port, const SaveCommand& command,
+                             const FileWriter& write) {
+  const std::string path = ChooseSaveFile(model, port, command.patterns, command.description);
+  if (path.empty() || !ConfirmOverwrite(port, path)) return CommandResult::Cancelled;
+  port.SetBusy(true);
+  const bool ok = ReplaceFile(path, write);
+  port.SetBusy(false);
+  if (!ok) {
+    port.ShowMessage(WriteErrorMessage(path));
+    return CommandResult::Failed;
+  }
+  port.ShowMessage(command.successMessage + std::string(kLineBreak) + path);
+  return CommandResult::Done;
+}
+
+}  // namespace qm

@@ -1,0 +1,53 @@
+// What the commands that choose a file share: the chooser that keeps the current
+// directory, and the one save pattern of every export (chooser titled "Quillmere",
+// overwrite question, busy pointer, success and failure messages).
+#pragma once
+
+#include <string>
+
+#include "core/file_replace.h"
+#include "core/puzzle_model.h"
+#include "core/window_port.h"
+
+namespace qm {
+
+// How a command ended: the user cancelled (nothing happened), it did its work, or it
+// reported a failure.
+enum class CommandResult { Cancelled, Done, Failed };
+
+inline constexpr const char* kCollectionPatterns = "*.fut;*.txt;*.dat";
+inline constexpr const char* kCollectionDescription = "Quillmere Files";
+
+// The directory the choosers start in: the model's AppDir, or the program's directory
+// when the model was made without one.
+std::string ApplicationDirectoryOf(const PuzzleModel& model);
+
+// The file chooser; the process's current directory is the same afterwards whatever
+// the chooser did to it. The empty string when the user cancelled.
+std::string ChooseFileKeepingDirectory(WindowPort& port, const FileChoice& choice);
+
+// The chooser every save command opens: titled "Quillmere", save mode, starting in the
+// application directory.
+std::string ChooseSaveFile(const PuzzleModel& model, WindowPort& port, const std::string& patterns,
+                           const std::string& description);
+
+// Asks "OverWrite file: NAME ?" when a file of that name exists (its length can be
+// read); true when there is nothing to ask or the answer was Yes.
+bool ConfirmOverwrite(WindowPort& port, const std::string& path);
+
+// "Error writing to file: " + path.
+std::string WriteErrorMessage(const std::string& path);
+
+struct SaveCommand {
+  std::string patterns;        // such as "*.txt"
+  std::string description;     // such as "Text Files"
+  std::string successMessage;  // shown with a line break and the file name
+};
+
+// The save pattern: choose a file (an empty name ends silently), confirm an existing
+// one, then write it through ReplaceFile under the busy pointer and report success or
+// "Error writing to file: NAME". A failed write leaves an existing file as it was.
+CommandResult RunSaveCommand(const PuzzleModel& model, WindowPort& port, const SaveCommand& command,
+                             const FileWriter& write);
+
+}  // namespace qm
