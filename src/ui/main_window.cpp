@@ -20,11 +20,15 @@
 #include <QVBoxLayout>
 #include <filesystem>
 
+#include "collections/collection_commands.h"
 #include "core/collection_file.h"
 #include "core/grid_commands.h"
 #include "core/rule_checks.h"
 #include "core/text_file.h"
 #include "core/text_rules.h"
+#include "export/html_export.h"
+#include "export/text_export.h"
+#include "export/xls_export.h"
 #include "settings/config_file.h"
 #include "solver/candidates.h"
 #include "solver/solve_driver.h"
@@ -106,9 +110,18 @@ void MainWindow::BuildPanel() {
   puzNumNow_->setMaximumWidth(70);
   label4_ = new QLabel(panel_);
   label4_->setObjectName("Label4");
+  auto* go = new QToolButton(panel_);
+  go->setObjectName("cmdgo");
+  go->setText("Go");
+  go->setToolTip("Read the puzzle with this number");
+  connect(puzNumNow_, &QLineEdit::returnPressed, this,
+          [this] { GoToTypedNumber(model_, *this, puzNumNow_->text().toStdString()); });
+  connect(go, &QToolButton::clicked, this,
+          [this] { GoToPuzzleNumber(model_, *this, puzNumNow_->text().toStdString()); });
   number->addWidget(puzNumber_);
   number->addWidget(puzNumNow_);
   number->addWidget(label4_);
+  number->addWidget(go);
   number->addStretch();
   column->addLayout(number);
 
@@ -143,7 +156,7 @@ void MainWindow::BuildPanel() {
     button->setText(arrows[i].first);
     button->setToolTip(arrows[i].second);
     button->setMinimumWidth(36);
-    connect(button, &QToolButton::clicked, this, [this, i] { Arrow(static_cast<int>(i)); });
+    connect(button, &QToolButton::clicked, this, [this, i] { ArrowPressed(static_cast<int>(i)); });
     arrows_[i] = button;
   }
   for (int i : {1, 0, 2, 3, 4}) arrowRow->addWidget(arrows_[static_cast<std::size_t>(i)]);
@@ -215,24 +228,24 @@ void MainWindow::BuildMenus() {
   AddAction(main, "cmdexit", "Exit", [this] { Exit(); });
 
   QMenu* file = menuBar()->addMenu("File");
-  AddAction(file, "mnuload", "Load", nullptr);
+  AddAction(file, "mnuload", "Load", [this] { mnuload(model_, *this); });
   AddAction(file, "mnuviewall", "View", nullptr);
-  AddAction(file, "mnusaveas", "Copy", nullptr);
-  AddAction(file, "mnubackup", "Backup", nullptr);
+  AddAction(file, "mnusaveas", "Copy", [this] { mnusaveas(model_, *this); });
+  AddAction(file, "mnubackup", "Backup", [this] { mnubackup(model_, *this); });
   AddAction(file, "mnusortpuz", "Sort", nullptr);
   AddCancel(file, "can3");
 
   QMenu* puzzle = menuBar()->addMenu("Puzzle");
-  AddAction(puzzle, "mnureload", "Reload", nullptr);
-  AddAction(puzzle, "mnuappend", "Append", nullptr);
-  AddAction(puzzle, "mnudelete", "Delete", nullptr);
+  AddAction(puzzle, "mnureload", "Reload", [this] { mnureload(model_, *this); });
+  AddAction(puzzle, "mnuappend", "Append", [this] { mnuappend(model_, *this); });
+  AddAction(puzzle, "mnudelete", "Delete", [this] { mnudelete(model_, *this, puzNumNow_->text().toStdString()); });
   QMenu* saveAs = puzzle->addMenu("Save As");
   saveAs->menuAction()->setObjectName("mnusave");
-  AddAction(saveAs, "mnusaveassli", "Quillmere File", nullptr);
+  AddAction(saveAs, "mnusaveassli", "Quillmere File", [this] { mnusaveassli(model_, *this); });
   AddAction(saveAs, "mnupuzimage", "Bitmap File", nullptr);
-  AddAction(saveAs, "mnusavetxt", "Text File", nullptr);
-  AddAction(saveAs, "mnusavexls", "XLS File", nullptr);
-  AddAction(saveAs, "mnusavehtml", "HTML File", nullptr);
+  AddAction(saveAs, "mnusavetxt", "Text File", [this] { mnusavetxt(model_, *this); });
+  AddAction(saveAs, "mnusavexls", "XLS File", [this] { mnusavexls(model_, *this); });
+  AddAction(saveAs, "mnusavehtml", "HTML File", [this] { SaveHtmlFile(model_, *this, DefaultTemplateDirectories(model_)); });
   AddCancel(puzzle, "can4");
 
   QMenu* create = menuBar()->addMenu("Create");
@@ -424,11 +437,13 @@ void MainWindow::Continue() {
   if (model_.StepMode != 0) model_.StepGo = -1;
 }
 
-void MainWindow::Arrow(int index) {
+void MainWindow::ArrowPressed(int index) {
+  // The same five buttons set the pace while a paced solve runs.
   if (model_.StepMode != 0) {
     ChangePace(model_, *this, static_cast<PaceButton>(index));
     return;
   }
+  MoveByArrow(model_, *this, static_cast<qm::Arrow>(index));
 }
 
 void MainWindow::ShowPositionMenu(int k, const QPoint& globalPos) {
@@ -527,7 +542,7 @@ void MainWindow::Exit() {
   if (!AskYesNo("Exit?")) return;
   WriteSettings(model_, *this);
   std::error_code ec;
-  std::filesystem::remove("Quillmeretemp.tmp", ec);
+  std::filesystem::remove(kDeleteTempFile, ec);
   exiting_ = true;
   model_.StepMode = 0;
   model_.CancelRequest = kYes;

@@ -76,7 +76,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   void AddCancel(QMenu* menu, const char* name);
   void ApplyScheme();
   void ShowPositionMenu(int k, const QPoint& globalPos);
-  void Arrow(int index);
+  void ArrowPressed(int index);
   void Continue();
   void Exit();
   void ToggleSchemeList(bool show);

@@ -2,6 +2,8 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
+#include <QToolButton>
 #include <QMenu>
 #include <QPushButton>
 #include <QTimer>
@@ -210,6 +212,39 @@ class MainWindowTest : public QObject {
     Trigger("cmdexit");
     QVERIFY(std::filesystem::exists(Config()));
     QVERIFY(qm::test::ReadBytes(Config()).find("\r\n1234\r\n") != std::string::npos);
+  }
+
+  void collectionCommandsFromTheMenusAndArrows() {
+    Open();
+    auto& model = window_->Model();
+    const int count = model.PuzzleCount;
+    QVERIFY(count > 1);
+    QTest::mouseClick(window_->findChild<QToolButton*>("arrows0"), Qt::LeftButton);  // previous wraps
+    QCOMPARE(model.CurrentPuzzle, count);
+    QTest::mouseClick(window_->findChild<QToolButton*>("arrows2"), Qt::LeftButton);  // next wraps
+    QCOMPARE(model.CurrentPuzzle, 1);
+    auto* number = window_->findChild<QLineEdit*>("PuzNumNow");
+    number->setText("2");
+    QTest::keyClick(number, Qt::Key_Return);
+    QCOMPARE(model.CurrentPuzzle, 2);
+
+    const std::string text = AppDir() + "out.txt";
+    window_->SetFileHandler([&](const qm::FileChoice& choice) {
+      return QString::fromStdString(choice.patterns == "*.txt" ? text : std::string());
+    });
+    Trigger("mnusavetxt");
+    QCOMPARE(messages_.last(), QString::fromStdString("Puzzle saved as text file:\r\n" + text));
+    QVERIFY(std::filesystem::exists(text));
+    const auto before = messages_.size();
+    Trigger("mnusavexls");  // the chooser was cancelled: nothing happens
+    QCOMPARE(messages_.size(), before);
+
+    // The pace buttons change the pace, not the puzzle, while a paced solve runs.
+    model.StepMode = -1;
+    QTest::mouseClick(window_->findChild<QToolButton*>("arrows3"), Qt::LeftButton);
+    QCOMPARE(model.PacingInterval, 20000);
+    QCOMPARE(model.CurrentPuzzle, 2);
+    model.StepMode = 0;
   }
 
   void clearCommandsAskFirst() {
