@@ -12,6 +12,7 @@ int RunCli(int argc, const char* const* argv, std::ostream& out, std::ostream& e
   CommandList commands;
   RegisterPuzzleCommands(app, commands, json);
   RegisterSolveCommands(app, commands, json);
+  RegisterCreateCommands(app, commands, json);
 
   try {
     app.parse(argc, argv);
