@@ -180,7 +180,8 @@ void RegisterCreateCommands(CLI::App& app, CommandList& commands, bool& json) {
   create->add_option("--title", args->title, "Title of every puzzle (default: Auto (level) date time)")
       ->check(CheckCommentText);
   create->add_option("--out", args->out, "Collection file to append to (required without --display)");
-  create->add_option("--seed", args->seed, "Seed of the random generator: the same request writes the same puzzles");
+  create->add_option("--seed", args->seed, "Seed of the random generator: the same request writes the same puzzles")
+      ->check(CLI::NonNegativeNumber);
   create->add_option("--jobs", args->jobs, "Worker threads (default 1); the file is the same for any number")
       ->check(CLI::Range(1, 64));
   create->add_option("--stamp", args->stamp,

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <sys/wait.h>
 
 #include "cli/commands.h"
 #include "core/text_file.h"
+#include "support/cli_run.h"
 #include "support/test_files.h"
 
 namespace qm::cli {
@@ -13,25 +13,8 @@ namespace {
 
 using nlohmann::json;
 
-struct CliRun {
-  int code = 0;
-  std::string out;
-  std::string err;
-  json Json() const { return json::parse(out); }
-};
-
-CliRun Cli(std::vector<std::string> args) {
-  args.insert(args.begin(), "quillmere-cli");
-  std::vector<const char*> argv;
-  for (const auto& a : args) argv.push_back(a.c_str());
-  std::ostringstream out;
-  std::ostringstream err;
-  CliRun run;
-  run.code = RunCli(static_cast<int>(argv.size()), argv.data(), out, err);
-  run.out = out.str();
-  run.err = err.str();
-  return run;
-}
+using test::Cli;
+using test::CliRun;
 
 class CliTest : public ::testing::Test {
  protected:
