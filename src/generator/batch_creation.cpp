@@ -87,12 +87,14 @@ struct FinishedPuzzle {
 class PuzzleWorkers {
  public:
   PuzzleWorkers(const BatchPlan& plan, int jobs) : plan_(plan), window_(4 * jobs) {
-    for (int w = 0; w < jobs; ++w) threads_.emplace_back([this] { Work(); });
+    try {
+      for (int w = 0; w < jobs; ++w) threads_.emplace_back([this] { Work(); });
+    } catch (...) {
+      StopAndJoin();  // the threads already started must not outlive a failed start
+      throw;
+    }
   }
-  ~PuzzleWorkers() {
-    Stop();
-    for (std::thread& thread : threads_) thread.join();
-  }
+  ~PuzzleWorkers() { StopAndJoin(); }
   PuzzleWorkers(const PuzzleWorkers&) = delete;
   PuzzleWorkers& operator=(const PuzzleWorkers&) = delete;
 
@@ -117,13 +119,16 @@ class PuzzleWorkers {
     }
   }
 
-  void Stop() {
-    std::lock_guard lock(mutex_);
-    stop_ = true;
-    changed_.notify_all();
+ private:
+  void StopAndJoin() {
+    {
+      std::lock_guard lock(mutex_);
+      stop_ = true;
+      changed_.notify_all();
+    }
+    for (std::thread& thread : threads_) thread.join();
   }
 
- private:
   void Work() {
     PuzzleModel model;
     Generator generator;

@@ -12,7 +12,4 @@ namespace qm::test {
 // puzzle from its clues and signs alone, to exactly that solution.
 ::testing::AssertionResult IsSoundPuzzle(const PuzzleModel& model);
 
-// Positions whose text has a numeric value above 0, as a record's size line counts clues.
-int CountedClues(const PuzzleModel& model);
-
 }  // namespace qm::test
