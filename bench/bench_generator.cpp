@@ -38,7 +38,7 @@ BENCHMARK(BM_Create)->ArgsProduct({{5, 7, 9}, {1, 2, 3, 4}})->Unit(benchmark::kM
 
 // A batch of 9x9 Hard puzzles appended to a file; Arg: worker threads.
 void BM_CreateBatch9x9Hard(benchmark::State& state) {
-  constexpr int kPuzzles = 24;
+  constexpr int kPuzzles = 48;
   const std::string path =
       (std::filesystem::temp_directory_path() / ("quillmere-bench-" + std::to_string(::getpid()) + ".fut")).string();
   qm::CreationSettings settings;
