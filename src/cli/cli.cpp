@@ -14,6 +14,7 @@ int RunCli(int argc, const char* const* argv, std::ostream& out, std::ostream& e
   RegisterSolveCommands(app, commands, json);
   RegisterCollectionCommands(app, commands, json);
   RegisterExportCommands(app, commands, json);
+  RegisterCreateCommands(app, commands, json);
 
   try {
     app.parse(argc, argv);

@@ -28,27 +28,12 @@ int RunCount(Output& output, const std::string& file) {
 int RunShow(Output& output, const PuzzleArgs& args, PuzzleModel& model, HeadlessPort&) {
   const std::string title = "#" + std::to_string(model.RecordNumber) + " " + model.Comment;
   if (output.json) {
-    const Json result = {
-        {"ordinal", args.ordinal},
-        {"number", model.RecordNumber},
-        {"title", Cp1252ToUtf8(title)},
-        {"comment", Cp1252ToUtf8(model.Comment)},
-        {"size", model.GridSize},
-        {"signs", model.ConstraintCount},
-        {"clues", model.ClueCount},
-        {"puzzle_count", model.PuzzleCount},
-        {"positions", TextsJson(model, model.PosText)},
-        {"given", IntsJson(model, model.GivenValue)},
-        {"solution", TextsJson(model, model.SolutionText)},
-    };
-    PrintJson(output, result);
-    return kExitOk;
+    PrintJson(output, ShownPuzzleJson(model, args.ordinal, title));
+  } else {
+    PrintShownPuzzle(output.out, model,
+                     "Puzzle " + std::to_string(args.ordinal) + " of " + std::to_string(model.PuzzleCount) + " in " + args.file,
+                     title);
   }
-  output.out << "Puzzle " << args.ordinal << " of " << model.PuzzleCount << " in " << args.file << '\n'
-             << Cp1252ToUtf8(title) << '\n'
-             << "Size " << model.GridSize << "x" << model.GridSize << ", " << model.ConstraintCount
-             << " signs, " << model.ClueCount << " clues\n\n";
-  PrintIndented(output.out, DrawPuzzle(model));
   return kExitOk;
 }
 
@@ -75,6 +60,31 @@ int RunCheck(Output& output, const PuzzleArgs&, PuzzleModel& model, HeadlessPort
 }
 
 }  // namespace
+
+Json ShownPuzzleJson(const PuzzleModel& model, int ordinal, const std::string& title) {
+  return {
+      {"ordinal", ordinal},
+      {"number", model.RecordNumber},
+      {"title", Cp1252ToUtf8(title)},
+      {"comment", Cp1252ToUtf8(model.Comment)},
+      {"size", model.GridSize},
+      {"signs", model.ConstraintCount},
+      {"clues", model.ClueCount},
+      {"puzzle_count", model.PuzzleCount},
+      {"positions", TextsJson(model, model.PosText)},
+      {"given", IntsJson(model, model.GivenValue)},
+      {"solution", TextsJson(model, model.SolutionText)},
+  };
+}
+
+void PrintShownPuzzle(std::ostream& out, const PuzzleModel& model, const std::string& heading,
+                      const std::string& title) {
+  out << heading << '\n'
+      << Cp1252ToUtf8(title) << '\n'
+      << "Size " << model.GridSize << "x" << model.GridSize << ", " << model.ConstraintCount << " signs, "
+      << model.ClueCount << " clues\n\n";
+  PrintIndented(out, DrawPuzzle(model));
+}
 
 void RegisterPuzzleCommands(CLI::App& app, CommandList& commands, bool& json) {
   auto countFile = std::make_shared<std::string>();

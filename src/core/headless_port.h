@@ -24,6 +24,7 @@ class HeadlessPort : public WindowPort {
   void SetStatusLine(const std::string& text) override;
   void SetProgressLine(const std::string& text) override;
   std::string ProgressLine() const override { return progressLine_; }
+  void SetProgressArea(const std::string& text) override { progressAreas.push_back(text); }
   void SetBusy(bool busy) override { busy_ = busy; }
   void ProcessEvents() override;
   void SetPacingTimer(bool enabled, int intervalMs) override;
@@ -55,6 +56,7 @@ class HeadlessPort : public WindowPort {
   std::vector<FileChoice> fileChoices;
   std::vector<std::string> statusLines;
   std::vector<std::string> progressLines;
+  std::vector<std::string> progressAreas;
   std::vector<int> shownPositions;
   std::vector<std::pair<int, std::string>> shownTexts;
   std::vector<SolveStep> steps;

@@ -47,6 +47,9 @@ class WindowPort {
   virtual void SetStatusLine(const std::string& text) = 0;
   virtual void SetProgressLine(const std::string& text) = 0;
   virtual std::string ProgressLine() const = 0;
+  // The progress area beside the progress line: several lines about the work in hand
+  // (batch creation shows the puzzle, its size and the output file there).
+  virtual void SetProgressArea(const std::string& text) { (void)text; }
 
   // The busy (hourglass) pointer while true, the normal pointer otherwise.
   virtual void SetBusy(bool busy) = 0;

@@ -1,0 +1,294 @@
+#include "generator/batch_creation.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <ctime>
+#include <exception>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <thread>
+
+#include "core/collection_file.h"
+#include "core/headless_port.h"
+#include "core/rule_checks.h"
+#include "core/text_rules.h"
+
+namespace qm {
+
+namespace {
+
+struct BatchPlan {
+  int count = 0;
+  int gridSize = 0;  // 0: drawn for every puzzle
+  std::string outputLine;
+  std::uint64_t base = 0;
+  int clueSpec = kCluesByLevel;
+  int level = 3;
+};
+
+std::string SizeText(int n) { return std::to_string(n) + "x" + std::to_string(n); }
+
+void ShowPuzzleProgress(WindowPort& port, const BatchPlan& plan, int i, int n) {
+  port.SetProgressLine("New" + Str(i) + " of" + Str(plan.count));
+  const std::string lineBreak(kLineBreak);
+  port.SetProgressArea("Creating puzzle" + Str(i) + " of" + Str(plan.count) + lineBreak + "Size=" + SizeText(n) +
+                       lineBreak + plan.outputLine);
+}
+
+// ", Size=5x5, Constraints= 17, Clues= 4, Level= Easy"
+std::string PuzzleFacts(const PuzzleModel& model, const Generator& generator) {
+  return ", Size=" + SizeText(model.GridSize) + ", Constraints=" + Str(generator.SignCount) +
+         ", Clues= " + std::to_string(generator.ClueCount) +
+         ", Level= " + std::string(LevelNames[static_cast<std::size_t>(generator.LevelCode)]);
+}
+
+int CountClues(const PuzzleModel& model) {
+  int clues = 0;
+  for (int k = 0; k <= model.LastPosition; ++k) clues += NumericValue(model.PosText[k]) > 0 ? 1 : 0;
+  return clues;
+}
+
+// Makes puzzle i in `model` from its own stream, trying until CreatePuzzle succeeds.
+// False when a cancel request stops it.
+bool MakeBatchPuzzle(PuzzleModel& model, WindowPort& port, Generator& generator, const BatchPlan& plan, int i) {
+  SeedRandom(model, PuzzleStreamSeed(plan.base, i));
+  // Each puzzle starts from the cell order of a fresh set-up: the order another
+  // puzzle left would tie it to the puzzles made before it on the same model.
+  generator.CellOrderSize = 0;
+  for (;;) {
+    port.ProcessEvents();
+    const int n = plan.gridSize == 0 ? RandomDraw(model, kMaxGridSize - kMinGridSize + 1) + kMinGridSize - 1
+                                     : plan.gridSize;
+    SetSize(model, n);
+    port.RedrawGrid();
+    ShowPuzzleProgress(port, plan, i, n);
+    if (model.CancelRequest == kYes) return false;
+    if (CreatePuzzle(model, port, generator) == kSolved) return true;
+  }
+}
+
+// A finished puzzle on its way from a worker's model to the batch's model.
+struct FinishedPuzzle {
+  int size = 0;
+  PerPosition<std::string> texts;
+  PerPosition<int> given{};
+  PerPosition<std::string> solution;
+  int clueCount = 0;
+  int signCount = 0;
+  int level = 0;
+};
+
+// Worker threads that make the batch's puzzles ahead of the writer, each on a model of
+// its own; the batch takes them in order.
+class PuzzleWorkers {
+ public:
+  PuzzleWorkers(const BatchPlan& plan, int jobs) : plan_(plan), window_(4 * jobs) {
+    try {
+      for (int w = 0; w < jobs; ++w) threads_.emplace_back([this] { Work(); });
+    } catch (...) {
+      StopAndJoin();  // the threads already started must not outlive a failed start
+      throw;
+    }
+  }
+  ~PuzzleWorkers() { StopAndJoin(); }
+  PuzzleWorkers(const PuzzleWorkers&) = delete;
+  PuzzleWorkers& operator=(const PuzzleWorkers&) = delete;
+
+  // Waits for puzzle i, letting the window's events through; nothing when the batch's
+  // model receives a cancel request meanwhile.
+  std::optional<FinishedPuzzle> Take(int i, PuzzleModel& model, WindowPort& port) {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+      if (failure_) std::rethrow_exception(failure_);
+      if (auto found = finished_.find(i); found != finished_.end()) {
+        FinishedPuzzle puzzle = std::move(found->second);
+        finished_.erase(found);
+        taken_ = i;
+        changed_.notify_all();
+        return puzzle;
+      }
+      changed_.wait_for(lock, std::chrono::milliseconds(20));
+      lock.unlock();
+      port.ProcessEvents();
+      lock.lock();
+      if (model.CancelRequest == kYes) return std::nullopt;
+    }
+  }
+
+ private:
+  void StopAndJoin() {
+    {
+      std::lock_guard lock(mutex_);
+      stop_ = true;
+      changed_.notify_all();
+    }
+    for (std::thread& thread : threads_) thread.join();
+  }
+
+  void Work() {
+    PuzzleModel model;
+    Generator generator;
+    generator.ClueSpec = plan_.clueSpec;
+    generator.RequestedLevel = plan_.level;
+    try {
+      for (;;) {
+        int i = 0;
+        {
+          std::unique_lock lock(mutex_);
+          // Not too far ahead of the writer: finished puzzles wait in memory.
+          changed_.wait(lock, [&] { return stop_ || next_ > plan_.count || next_ <= taken_ + window_; });
+          if (stop_ || next_ > plan_.count) return;
+          i = next_++;
+        }
+        HeadlessPort port;
+        port.onProcessEvents = [&] {
+          if (stop_) model.CancelRequest = kYes;
+        };
+        if (!MakeBatchPuzzle(model, port, generator, plan_, i)) return;
+        FinishedPuzzle puzzle{model.GridSize,     model.PosText,       model.GivenValue, model.SolutionText,
+                              generator.ClueCount, generator.SignCount, generator.LevelCode};
+        std::lock_guard lock(mutex_);
+        finished_.emplace(i, std::move(puzzle));
+        changed_.notify_all();
+      }
+    } catch (...) {
+      std::lock_guard lock(mutex_);
+      if (!failure_) failure_ = std::current_exception();
+      stop_ = true;
+      changed_.notify_all();
+    }
+  }
+
+  const BatchPlan plan_;
+  const int window_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  int next_ = 1;
+  int taken_ = 0;
+  std::atomic<bool> stop_ = false;
+  std::exception_ptr failure_;
+  std::map<int, FinishedPuzzle> finished_;
+  std::vector<std::thread> threads_;
+};
+
+// Puts a worker's finished puzzle into the batch's model, as if it had been made there.
+void LoadFinished(PuzzleModel& model, WindowPort& port, Generator& generator, FinishedPuzzle& puzzle) {
+  SetSize(model, puzzle.size);
+  model.PosText = std::move(puzzle.texts);
+  model.GivenValue = puzzle.given;
+  model.SolutionText = std::move(puzzle.solution);
+  model.ClueCount = generator.ClueCount = puzzle.clueCount;
+  model.ConstraintCount = generator.SignCount = puzzle.signCount;
+  generator.LevelCode = puzzle.level;
+  generator.GenerationResult = kSolved;
+  port.RedrawGrid();
+}
+
+}  // namespace
+
+std::string AutoTitle(int level, std::string_view stamp) {
+  return "Auto (" + std::string(LevelNames[static_cast<std::size_t>(level)]) + ") " + std::string(stamp);
+}
+
+std::string ClockStamp() {
+  const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+  std::tm local{};
+  localtime_r(&now, &local);
+  char text[32];
+  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local);
+  return text;
+}
+
+std::uint64_t PuzzleStreamSeed(std::uint64_t base, int i) {
+  // splitmix64 of the base stepped i times: neighbouring puzzles get unrelated seeds.
+  std::uint64_t z = base + 0x9E3779B97F4A7C15ULL * static_cast<std::uint64_t>(i);
+  z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ULL;
+  z = (z ^ (z >> 27)) * 0x94D049BB133111EBULL;
+  return z ^ (z >> 31);
+}
+
+BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& generator,
+                          const CreationSettings& settings, const BatchOptions& options) {
+  if (settings.gridSize != 0 && (settings.gridSize < kMinGridSize || settings.gridSize > kMaxGridSize)) {
+    throw std::invalid_argument("grid size " + std::to_string(settings.gridSize) + " is neither 0 nor 3..9");
+  }
+  BatchResult result;
+  port.SetBusy(true);
+  const int remembered = model.CurrentPuzzle;
+  int count = settings.count;
+  model.ConstraintCount = 0;
+  generator.ClueSpec = settings.clueSpec;
+  generator.RequestedLevel = settings.level;
+  const std::string stamp = options.stamp.empty() ? ClockStamp() : options.stamp;
+  const BatchPlan plan{count,
+                       settings.gridSize,
+                       settings.displayOne ? "" : "Output File: " + settings.outputFile,
+                       model.Random(),
+                       settings.clueSpec,
+                       settings.level};
+  const bool displayOnly = count == 1 && settings.displayOne;
+
+  model.CancelRequest = kNo;
+  port.SetProgressLine("Creating New Puzzle");
+  model.SolverBusy = true;
+  generator.Queue.clear();
+
+  std::optional<PuzzleWorkers> workers;
+  const int jobs = std::min(options.jobs, count);
+  if (jobs > 1 && !displayOnly) workers.emplace(plan, jobs);
+  int number = -1;  // the next record number, counted once before the first append
+  for (int i = 1; i <= count; ++i) {
+    if (workers) {
+      std::optional<FinishedPuzzle> puzzle = workers->Take(i, model, port);
+      if (!puzzle) {
+        count = i - 1;
+        break;
+      }
+      LoadFinished(model, port, generator, *puzzle);
+      ShowPuzzleProgress(port, plan, i, model.GridSize);
+    } else if (!MakeBatchPuzzle(model, port, generator, plan, i)) {
+      count = i - 1;
+      break;
+    }
+    port.SetStatusLine("New Puzzle" + PuzzleFacts(model, generator));
+    const std::string title = Trim(settings.title).empty() ? AutoTitle(generator.LevelCode, stamp) : settings.title;
+    CreatedPuzzle created{0, model.GridSize, generator.SignCount, CountClues(model), generator.LevelCode, title};
+
+    if (displayOnly) {
+      model.Comment = title;
+      port.RefreshPuzzleInfo();
+      model.SolverBusy = false;
+      port.SetBusy(false);
+      result.message = "Done";
+      port.ShowMessage(result.message);
+      result.puzzles.push_back(std::move(created));
+      return result;
+    }
+    if (number < 0) number = CountPuzzles(settings.outputFile) + 1;
+    if (!WritePuzzle(model, port, title, number, settings.outputFile)) {
+      result.writeFailed = true;
+      count = i - 1;
+      break;
+    }
+    created.number = number++;
+    result.puzzles.push_back(std::move(created));
+    port.SetStatusLine("Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator));
+  }
+  workers.reset();
+
+  model.CancelRequest = kNo;
+  port.SetProgressLine("");
+  ReadPuzzle(model, port, model.CurrentFile, remembered == -1 ? 1 : remembered);
+  model.SolverBusy = false;
+  port.SetBusy(false);
+  result.added = count;
+  result.message = Str(count) + " Puzzles added to file: " + settings.outputFile;
+  port.ShowMessage(result.message);
+  return result;
+}
+
+}  // namespace qm

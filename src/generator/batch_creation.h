@@ -1,0 +1,60 @@
+// Batch creation: the accepted dialog settings become puzzles, one after another, each
+// appended to the output collection file under its title (or, for one puzzle "for
+// display", only shown). Captions report progress; a cancel request stops the batch
+// between or inside puzzles and keeps what was written.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/puzzle_model.h"
+#include "core/window_port.h"
+#include "generator/create_puzzle.h"
+#include "generator/creation_options.h"
+
+namespace qm {
+
+struct BatchOptions {
+  // The date and time that automatic titles carry. Empty: the clock, read once when the
+  // batch starts, so that every title of a run carries the same stamp.
+  std::string stamp;
+  // Worker threads, each with a model of its own. Puzzle i comes from its own random
+  // stream whatever the number of workers, and is written in order, so the file does
+  // not depend on it.
+  int jobs = 1;
+};
+
+struct CreatedPuzzle {
+  int number = 0;  // its record number in the file; 0 when only shown
+  int size = 0;
+  int signs = 0;
+  int clues = 0;   // as the record's size line counts them
+  int level = 0;
+  std::string title;
+};
+
+struct BatchResult {
+  int added = 0;
+  bool writeFailed = false;  // an append failed; its message was shown
+  std::string message;       // the closing message: "Done" or the summary
+  std::vector<CreatedPuzzle> puzzles;
+};
+
+// Runs the batch from the accepted settings. The base of every puzzle's random stream is
+// the next draw of the model's generator, so a seeded model makes a reproducible run.
+// A failed append ends the batch as a cancel does, after its message. Throws
+// std::invalid_argument for a grid size that is neither 0 nor 3..9.
+BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& generator,
+                          const CreationSettings& settings, const BatchOptions& options = {});
+
+// "Auto (" + level name + ") " + stamp.
+std::string AutoTitle(int level, std::string_view stamp);
+// The local date and time as "YYYY-MM-DD HH:MM:SS" (no comma: a comma would end the
+// record's comment when it is read back).
+std::string ClockStamp();
+// The seed of puzzle i's stream in a batch whose base is `base`.
+std::uint64_t PuzzleStreamSeed(std::uint64_t base, int i);
+
+}  // namespace qm
