@@ -19,7 +19,7 @@ inline constexpr std::array<std::string_view, 5> LevelNames = {"", "VeryHard", "
 inline constexpr int kVeryHard = 1;
 inline constexpr int kVeryEasy = 4;
 
-// The clue-specification codes of ClueSpec.
+// The codes ClueSpec takes: which clues a new puzzle keeps.
 inline constexpr int kNoClues = 0;
 inline constexpr int kRandomClues = -1;      // CluesForLevel(N, -1)
 inline constexpr int kCluesByLevel = 99;     // CluesForLevel(N, level)

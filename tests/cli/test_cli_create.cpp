@@ -81,7 +81,7 @@ TEST_F(CreateCommand, ValidationMessagesFailAndUsageErrorsExitTwo) {
   }
   EXPECT_EQ(Create({}, false).code, 2);  // no --out
   EXPECT_EQ(test::ReadBytes(file), "");
-  // Accepted: the rule becomes the clue specification (Random with fixed:7 is 107).
+  // Accepted: the rule becomes its ClueSpec code (Random with fixed:7 is 107).
   EXPECT_EQ(Create({"--size", "Random", "--clues", "fixed:7"}).code, 0);
   EXPECT_EQ(Create({"--size", "5", "--clues", "none"}).Json()["puzzles"][0]["clues"], 0);
   EXPECT_EQ(Create({"--size", "6", "--clues", "upto:4"}).Json()["puzzles"][0]["level"], "VeryHard");
