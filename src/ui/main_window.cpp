@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDateTime>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -29,11 +30,14 @@
 #include "export/html_export.h"
 #include "export/text_export.h"
 #include "export/xls_export.h"
+#include "generator/batch_creation.h"
+#include "generator/solution_builder.h"
 #include "settings/config_file.h"
 #include "solver/candidates.h"
 #include "solver/solve_driver.h"
 #include "solver/solving_commands.h"
 #include "solver/techniques.h"
+#include "ui/creation_dialog.h"
 #include "ui/grid_widget.h"
 
 namespace qm::ui {
@@ -61,6 +65,8 @@ MainWindow::MainWindow(std::string appDir, QWidget* parent) : QMainWindow(parent
   timer1_->setObjectName("Timer1");
   timer1_->setSingleShot(true);  // the pacing timer disables itself on every tick
   connect(timer1_, &QTimer::timeout, this, [this] { model_.StepGo = -1; });
+  creationOptions_.fixedDigit = "1";
+  creationSettings_ = ValidateCreationOptions(creationOptions_).settings;
 
   grid_ = new GridWidget(model_, colours_, this);
   grid_->setObjectName("Cell");
@@ -193,6 +199,10 @@ void MainWindow::BuildPanel() {
   pb_->setWordWrap(true);
   column->addWidget(busyLabel_);
   column->addWidget(pb_);
+  progressArea_ = new QLabel(panel_);
+  progressArea_->setObjectName("ProgressArea");
+  progressArea_->setWordWrap(true);
+  column->addWidget(progressArea_);
   column->addStretch();
   panel_->setMinimumWidth(240);
 }
@@ -257,8 +267,8 @@ void MainWindow::BuildMenus() {
     action->setObjectName(QStringLiteral("mnunewx%1").arg(i));
   }
   AddCancel(newGrid, "mnunewx8");
-  AddAction(create, "mnunewpuzx", "Single Puzzle", nullptr);
-  AddAction(create, "mnumultipuzx", "Multiple Puzzles", nullptr);
+  AddAction(create, "mnunewpuzx", "Single Puzzle", [this] { CreateSinglePuzzle(); });
+  AddAction(create, "mnumultipuzx", "Multiple Puzzles", [this] { CreateMultiplePuzzles(); });
   AddCancel(create, "can7");
 
   QMenu* edit = menuBar()->addMenu("Edit");
@@ -376,7 +386,18 @@ void MainWindow::SetBusy(bool busy) {
   busyLabel_->setVisible(busyDepth_ > 0);
 }
 
-void MainWindow::ProcessEvents() { QCoreApplication::processEvents(); }
+void MainWindow::SetProgressArea(const std::string& text) { progressArea_->setText(QString::fromStdString(text)); }
+
+QString MainWindow::ProgressArea() const { return progressArea_->text(); }
+
+void MainWindow::ProcessEvents() {
+  if (throttleEvents_) {
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    if (now - lastEvents_ < 15) return;
+    lastEvents_ = now;
+  }
+  QCoreApplication::processEvents();
+}
 
 void MainWindow::SetPacingTimer(bool enabled, int intervalMs) {
   timer1_->setInterval(intervalMs);
@@ -429,6 +450,75 @@ void MainWindow::RefreshPuzzleInfo() {
   puzNumNow_->setText(QString::number(model_.CurrentPuzzle));
   label4_->setText(QString::fromStdString(" of" + Str(model_.PuzzleCount)));
   label3_->setText(FromModel(model_.Comment));
+}
+
+// Dialogs and creation ------------------------------------------------------------------
+
+int MainWindow::RunModal(QDialog& dialog) {
+  if (modalHandler_) {
+    modalHandler_(dialog);
+    return dialog.result();
+  }
+  return dialog.exec();
+}
+
+void MainWindow::CreateSinglePuzzle() {
+  if (model_.SolverBusy) return;
+  model_.CancelRequest = kNo;
+  SetBusy(true);
+  SetProgressLine("Creating New Puzzle");
+  model_.SolverBusy = true;
+  throttleEvents_ = true;
+  generator_.ClueSpec = creationSettings_.clueSpec;
+  generator_.RequestedLevel = creationSettings_.level;
+  const int n = creationSettings_.gridSize != 0
+                    ? creationSettings_.gridSize
+                    : RandomDraw(model_, kMaxGridSize - kMinGridSize + 1) + kMinGridSize - 1;
+  SetSize(model_, n);
+  RedrawGrid();
+  const int result = CreatePuzzle(model_, *this, generator_);
+  throttleEvents_ = false;
+  model_.SolverBusy = false;
+  const bool cancelled = model_.CancelRequest == kYes;
+  model_.CancelRequest = kNo;
+  SetProgressLine("");
+  SetBusy(false);
+  if (result != kSolved) {
+    // A cancel blanked the grid already and needs no word; running out of attempts does.
+    if (!cancelled) ShowMessage("Could not create a unique puzzle");
+    RefreshPuzzleInfo();
+    return;
+  }
+  model_.Comment = AutoTitle(generator_.LevelCode, ClockStamp());
+  model_.Modified = 1;
+  SetStatusLine("New Puzzle, Size=" + std::to_string(n) + "x" + std::to_string(n) +
+                ", Constraints=" + Str(generator_.SignCount) + ", Clues= " + std::to_string(generator_.ClueCount) +
+                ", Level= " + std::string(LevelNames[static_cast<std::size_t>(generator_.LevelCode)]));
+  RedrawGrid();
+  RefreshPuzzleInfo();
+}
+
+void MainWindow::CreateMultiplePuzzles() {
+  if (model_.SolverBusy) return;
+  CreationOptions start = creationOptions_;
+  start.outputFile = model_.CurrentFile;
+  CreationDialog dialog(model_, *this, start, this);
+  const bool accepted = RunModal(dialog) == QDialog::Accepted;
+  creationOptions_ = dialog.Options();
+  if (!accepted) return;
+  creationSettings_ = dialog.Settings();
+  throttleEvents_ = true;
+  lastEvents_ = 0;
+  try {
+    CreatePuzzles(model_, *this, generator_, creationSettings_);
+  } catch (const std::exception& error) {
+    // Cannot come from an accepted dialog; report rather than end the program.
+    model_.SolverBusy = false;
+    ShowMessage(error.what());
+  }
+  throttleEvents_ = false;
+  SetProgressArea("");
+  RefreshPuzzleInfo();
 }
 
 // Input ---------------------------------------------------------------------------------

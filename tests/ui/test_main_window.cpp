@@ -14,6 +14,7 @@
 #include "support/test_files.h"
 #include "ui/grid_widget.h"
 #include "ui/main_window.h"
+#include "ui/ui_tests.h"
 
 using qm::ui::MainWindow;
 
@@ -261,5 +262,5 @@ class MainWindowTest : public QObject {
   }
 };
 
-QTEST_MAIN(MainWindowTest)
+QM_UI_TEST(MainWindowTest);
 #include "test_main_window.moc"
