@@ -39,6 +39,7 @@
 #include "solver/techniques.h"
 #include "ui/creation_dialog.h"
 #include "ui/grid_widget.h"
+#include "ui/sort_dialog.h"
 
 namespace qm::ui {
 
@@ -242,7 +243,10 @@ void MainWindow::BuildMenus() {
   AddAction(file, "mnuviewall", "View", nullptr);
   AddAction(file, "mnusaveas", "Copy", [this] { mnusaveas(model_, *this); });
   AddAction(file, "mnubackup", "Backup", [this] { mnubackup(model_, *this); });
-  AddAction(file, "mnusortpuz", "Sort", nullptr);
+  AddAction(file, "mnusortpuz", "Sort", [this] {
+    SortDialog dialog(model_, *this, this);
+    RunModal(dialog);
+  });
   AddCancel(file, "can3");
 
   QMenu* puzzle = menuBar()->addMenu("Puzzle");
