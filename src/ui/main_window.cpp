@@ -40,6 +40,7 @@
 #include "ui/creation_dialog.h"
 #include "ui/grid_widget.h"
 #include "ui/sort_dialog.h"
+#include "ui/view_all_window.h"
 
 namespace qm::ui {
 
@@ -240,7 +241,7 @@ void MainWindow::BuildMenus() {
 
   QMenu* file = menuBar()->addMenu("File");
   AddAction(file, "mnuload", "Load", [this] { mnuload(model_, *this); });
-  AddAction(file, "mnuviewall", "View", nullptr);
+  AddAction(file, "mnuviewall", "View", [this] { ViewAll(); });
   AddAction(file, "mnusaveas", "Copy", [this] { mnusaveas(model_, *this); });
   AddAction(file, "mnubackup", "Backup", [this] { mnubackup(model_, *this); });
   AddAction(file, "mnusortpuz", "Sort", [this] {
@@ -523,6 +524,20 @@ void MainWindow::CreateMultiplePuzzles() {
   throttleEvents_ = false;
   SetProgressArea("");
   RefreshPuzzleInfo();
+}
+
+void MainWindow::ViewAll() {
+  if (viewAll_ == nullptr) viewAll_ = new ViewAllWindow([this](int n) { OpenFromView(n); }, this);
+  model_.PuzzleCount = CountPuzzles(model_.CurrentFile);
+  viewAll_->Show(model_.CurrentFile, ViewAllTotal(model_));
+  RefreshPuzzleInfo();
+}
+
+void MainWindow::OpenFromView(int n) {
+  if (model_.SolverBusy) return;
+  if (model_.Modified != 0 && !AskYesNo("Discard all changes?")) return;
+  GoToPuzzleNumber(model_, *this, std::to_string(n));
+  activateWindow();
 }
 
 // Input ---------------------------------------------------------------------------------

@@ -25,6 +25,7 @@ class QToolButton;
 namespace qm::ui {
 
 class GridWidget;
+class ViewAllWindow;
 
 class MainWindow : public QMainWindow, public WindowPort {
   Q_OBJECT
@@ -50,6 +51,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   PuzzleModel& Model() { return model_; }
   const ColourTable& Colours() const { return colours_; }
   GridWidget* Grid() const { return grid_; }
+  ViewAllWindow* ViewAllView() const { return viewAll_; }
   QString StatusLine() const;
   QString ProgressArea() const;
   QTimer* PacingTimer() const { return timer1_; }
@@ -92,6 +94,8 @@ class MainWindow : public QMainWindow, public WindowPort {
   int RunModal(QDialog& dialog);
   void CreateSinglePuzzle();
   void CreateMultiplePuzzles();
+  void ViewAll();
+  void OpenFromView(int n);
 
   PuzzleModel model_;
   ColourTable colours_;
@@ -121,6 +125,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   CreationOptions creationOptions_;
   CreationSettings creationSettings_;
   Generator generator_;
+  ViewAllWindow* viewAll_ = nullptr;
   bool exiting_ = false;
   DialogHandler dialogHandler_;
   FileHandler fileHandler_;
