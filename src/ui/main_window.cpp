@@ -28,6 +28,7 @@
 #include "core/text_file.h"
 #include "core/text_rules.h"
 #include "export/html_export.h"
+#include "export/save_command.h"
 #include "export/text_export.h"
 #include "export/xls_export.h"
 #include "generator/batch_creation.h"
@@ -257,7 +258,13 @@ void MainWindow::BuildMenus() {
   QMenu* saveAs = puzzle->addMenu("Save As");
   saveAs->menuAction()->setObjectName("mnusave");
   AddAction(saveAs, "mnusaveassli", "Quillmere File", [this] { mnusaveassli(model_, *this); });
-  AddAction(saveAs, "mnupuzimage", "Bitmap File", nullptr);
+  AddAction(saveAs, "mnupuzimage", "Bitmap File", [this] {
+    // A picture of the grid as it stands, candidates and colours included.
+    RunSaveCommand(model_, *this, {"*.bmp", "Bitmap Files", "Puzzle saved as Bitmap File:"},
+                   [this](const std::string& path) {
+                     return grid_->grab().toImage().save(QString::fromStdString(path), "BMP");
+                   });
+  });
   AddAction(saveAs, "mnusavetxt", "Text File", [this] { mnusavetxt(model_, *this); });
   AddAction(saveAs, "mnusavexls", "XLS File", [this] { mnusavexls(model_, *this); });
   AddAction(saveAs, "mnusavehtml", "HTML File", [this] { SaveHtmlFile(model_, *this, DefaultTemplateDirectories(model_)); });
