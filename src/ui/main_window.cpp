@@ -16,6 +16,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QTextBrowser>
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -236,8 +237,13 @@ void MainWindow::BuildMenus() {
     grid_->update();
   });
   AddCancel(options, "mnucan2");
-  AddAction(main, "mnuhelp", "Help", nullptr);
-  AddAction(main, "mnuabout", "About", nullptr);
+  AddAction(main, "mnuhelp", "Help", [this] { ShowHelp(); });
+  AddAction(main, "mnuabout", "About", [this] {
+    ShowMessage(std::string(kCaption) +
+                "\r\n\r\nA workbench for inequality puzzles: enter, solve and check them, step "
+                "through every deduction, create new puzzles in any number, sort and print "
+                "collections of them, and export them as text, worksheets, web pages or pictures.");
+  });
   AddAction(main, "cmdexit", "Exit", [this] { Exit(); });
 
   QMenu* file = menuBar()->addMenu("File");
@@ -531,6 +537,28 @@ void MainWindow::CreateMultiplePuzzles() {
   throttleEvents_ = false;
   SetProgressArea("");
   RefreshPuzzleInfo();
+}
+
+void MainWindow::ShowHelp() {
+  const std::string page = model_.AppDir + "Quillmere.htm";
+  if (!FileLength(page)) {
+    ShowMessage("Help file not found:\r\n" + page);
+    return;
+  }
+  if (help_ == nullptr) {
+    help_ = new QDialog(this);
+    help_->setObjectName("frmhelp");
+    help_->setWindowTitle("Quillmere Help");
+    auto* browser = new QTextBrowser(help_);
+    browser->setObjectName("HelpText");
+    browser->setSource(QUrl::fromLocalFile(QString::fromStdString(page)));
+    auto* layout = new QVBoxLayout(help_);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(browser);
+    help_->resize(720, 640);
+  }
+  help_->show();
+  help_->raise();
 }
 
 void MainWindow::ViewAll() {

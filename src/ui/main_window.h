@@ -52,6 +52,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   const ColourTable& Colours() const { return colours_; }
   GridWidget* Grid() const { return grid_; }
   ViewAllWindow* ViewAllView() const { return viewAll_; }
+  QDialog* HelpView() const { return help_; }
   QString StatusLine() const;
   QString ProgressArea() const;
   QTimer* PacingTimer() const { return timer1_; }
@@ -95,6 +96,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   void CreateSinglePuzzle();
   void CreateMultiplePuzzles();
   void ViewAll();
+  void ShowHelp();
   void OpenFromView(int n);
 
   PuzzleModel model_;
@@ -126,6 +128,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   CreationSettings creationSettings_;
   Generator generator_;
   ViewAllWindow* viewAll_ = nullptr;
+  QDialog* help_ = nullptr;
   bool exiting_ = false;
   DialogHandler dialogHandler_;
   FileHandler fileHandler_;
