@@ -14,6 +14,9 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
+#include <QPrinterInfo>
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTextBrowser>
@@ -25,6 +28,7 @@
 #include "collections/collection_commands.h"
 #include "core/collection_file.h"
 #include "core/grid_commands.h"
+#include "core/headless_port.h"
 #include "core/rule_checks.h"
 #include "core/text_file.h"
 #include "core/text_rules.h"
@@ -41,6 +45,7 @@
 #include "solver/techniques.h"
 #include "ui/creation_dialog.h"
 #include "ui/grid_widget.h"
+#include "ui/printing.h"
 #include "ui/sort_dialog.h"
 #include "ui/view_all_window.h"
 
@@ -303,8 +308,8 @@ void MainWindow::BuildMenus() {
   AddCancel(solve, "can2");
 
   QMenu* print = menuBar()->addMenu("Print");
-  AddAction(print, "mnuprintcurrent", "Current Puzzle", nullptr);
-  AddAction(print, "mnuprintfile", "Puzzles from File", nullptr);
+  AddAction(print, "mnuprintcurrent", "Current Puzzle", [this] { PrintCurrent(); });
+  AddAction(print, "mnuprintfile", "Puzzles from File", [this] { PrintFromFile(); });
   AddCancel(print, "mnucan");
 }
 
@@ -559,6 +564,63 @@ void MainWindow::ShowHelp() {
   }
   help_->show();
   help_->raise();
+}
+
+void MainWindow::PrintCurrent() {
+  if (model_.SolverBusy) return;
+  // The puzzle in the upper half of the page, its solution below.
+  const PrintedPuzzle puzzle = TakePuzzle(model_, model_.CurrentPuzzle);
+  RunPrint({{&puzzle, false}, {&puzzle, true}}, 2);
+}
+
+void MainWindow::PrintFromFile() {
+  if (model_.SolverBusy) return;
+  const int count = CountPuzzles(model_.CurrentFile);
+  if (count == 0) {
+    ShowMessage("There are no puzzles in this file");
+    return;
+  }
+  PrintRangeDialog range(count, model_.CurrentPuzzle, this);
+  if (RunModal(range) != QDialog::Accepted) return;
+  std::vector<PrintedPuzzle> puzzles;
+  SetBusy(true);
+  for (int n = range.First(); n <= range.Last(); ++n) {
+    // A scratch model: the shown puzzle and its edits stay as they are.
+    PuzzleModel scratch;
+    HeadlessPort quiet;
+    if (ReadPuzzle(scratch, quiet, model_.CurrentFile, n).notFound) {
+      SetBusy(false);
+      ShowMessage(ReadErrorMessage(n, model_.CurrentFile));
+      return;
+    }
+    puzzles.push_back(TakePuzzle(scratch, n));
+  }
+  SetBusy(false);
+  RunPrint(FileLayout(puzzles, range.PerPage()), range.PerPage());
+}
+
+void MainWindow::RunPrint(const std::vector<PrintItem>& items, int perPage) {
+  QPrinter printer(QPrinter::HighResolution);
+  std::string pdf;
+  if (printToPdf_ || QPrinterInfo::availablePrinters().isEmpty()) {
+    // Without a printer the pages go to a PDF file.
+    pdf = ChooseFileKeepingDirectory(
+        *this, {"Quillmere", "*.pdf", "PDF Files", ApplicationDirectoryOf(model_), ChooserMode::Save});
+    if (pdf.empty() || !ConfirmOverwrite(*this, pdf)) return;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(QString::fromStdString(pdf));
+  }
+  model_.CancelRequest = kNo;
+  QPrintPreviewDialog preview(&printer, this);
+  preview.setObjectName("frmprintpreview");
+  connect(&preview, &QPrintPreviewDialog::paintRequested, this, [&](QPrinter* target) {
+    SetBusy(true);
+    const bool printed = PrintPuzzles(*target, items, perPage);
+    SetBusy(false);
+    if (!printed && target->outputFormat() == QPrinter::PdfFormat) ShowMessage(WriteErrorMessage(pdf));
+  });
+  RunModal(preview);
+  model_.CancelRequest = kNo;
 }
 
 void MainWindow::ViewAll() {

@@ -5,6 +5,7 @@
 #include <QMainWindow>
 #include <array>
 #include <functional>
+#include <vector>
 
 #include "core/puzzle_model.h"
 #include "core/window_port.h"
@@ -26,6 +27,7 @@ namespace qm::ui {
 
 class GridWidget;
 class ViewAllWindow;
+struct PrintItem;
 
 class MainWindow : public QMainWindow, public WindowPort {
   Q_OBJECT
@@ -47,6 +49,8 @@ class MainWindow : public QMainWindow, public WindowPort {
   // is handed each dialog in place of running it, and the dialog's result counts.
   using ModalHandler = std::function<void(QDialog& dialog)>;
   void SetModalHandler(ModalHandler handler) { modalHandler_ = std::move(handler); }
+  // Printing goes to a PDF file even when a printer is installed (tests print that way).
+  void SetPrintToPdf(bool pdf) { printToPdf_ = pdf; }
 
   PuzzleModel& Model() { return model_; }
   const ColourTable& Colours() const { return colours_; }
@@ -97,6 +101,9 @@ class MainWindow : public QMainWindow, public WindowPort {
   void CreateMultiplePuzzles();
   void ViewAll();
   void ShowHelp();
+  void PrintCurrent();
+  void PrintFromFile();
+  void RunPrint(const std::vector<PrintItem>& items, int perPage);
   void OpenFromView(int n);
 
   PuzzleModel model_;
@@ -129,6 +136,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   Generator generator_;
   ViewAllWindow* viewAll_ = nullptr;
   QDialog* help_ = nullptr;
+  bool printToPdf_ = false;
   bool exiting_ = false;
   DialogHandler dialogHandler_;
   FileHandler fileHandler_;
