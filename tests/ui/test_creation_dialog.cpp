@@ -203,10 +203,12 @@ class CreationDialogTest : public QObject {
     // Cancel is pressed as soon as the third puzzle is under way.
     QTimer watch;
     QString area;
+    QElapsedTimer sinceCancel;
     connect(&watch, &QTimer::timeout, this, [&] {
       if (window_->findChild<QLabel*>("pb")->text() == "New 3 of 5") {
         area = window_->ProgressArea();
         window_->findChild<QPushButton*>("cmdcancel")->click();
+        sinceCancel.start();
         watch.stop();
       }
     });
@@ -219,6 +221,7 @@ class CreationDialogTest : public QObject {
              }),
              QString());
     QCOMPARE(messages_.last(), QString::fromStdString(" 2 Puzzles added to file: " + Output()));
+    QVERIFY2(sinceCancel.elapsed() < 100, qPrintable(QString::number(sinceCancel.elapsed())));
     QCOMPARE(area, QString::fromStdString("Creating puzzle 3 of 5\r\nSize=9x9\r\nOutput File: " + Output()));
     QCOMPARE(qm::CountPuzzles(Output()), 2);
     QVERIFY(window_->StatusLine().startsWith("Puzzle#2, Size=9x9, Constraints="));
