@@ -477,6 +477,17 @@ void MainWindow::RefreshPuzzleInfo() {
 
 // Dialogs and creation ------------------------------------------------------------------
 
+// While a long command lets events through, only Cancel (and the pace keys) may act: the
+// menus and the grid would start a second command on the same model.
+void MainWindow::LockInput(bool locked) {
+  menuBar()->setEnabled(!locked);
+  grid_->setEnabled(!locked);
+  label3_->setReadOnly(locked);
+  puzNumNow_->setEnabled(!locked);
+  for (QToolButton* arrow : arrows_) arrow->setEnabled(!locked);
+  undoMan_->setEnabled(!locked);
+}
+
 int MainWindow::RunModal(QDialog& dialog) {
   if (modalHandler_) {
     modalHandler_(dialog);
@@ -492,6 +503,7 @@ void MainWindow::CreateSinglePuzzle() {
   SetProgressLine("Creating New Puzzle");
   model_.SolverBusy = true;
   throttleEvents_ = true;
+  LockInput(true);
   generator_.ClueSpec = creationSettings_.clueSpec;
   generator_.RequestedLevel = creationSettings_.level;
   const int n = creationSettings_.gridSize != 0
@@ -500,6 +512,7 @@ void MainWindow::CreateSinglePuzzle() {
   SetSize(model_, n);
   RedrawGrid();
   const int result = CreatePuzzle(model_, *this, generator_);
+  LockInput(false);
   throttleEvents_ = false;
   model_.SolverBusy = false;
   const bool cancelled = model_.CancelRequest == kYes;
@@ -532,6 +545,7 @@ void MainWindow::CreateMultiplePuzzles() {
   creationSettings_ = dialog.Settings();
   throttleEvents_ = true;
   lastEvents_ = 0;
+  LockInput(true);
   try {
     CreatePuzzles(model_, *this, generator_, creationSettings_);
   } catch (const std::exception& error) {
@@ -539,9 +553,11 @@ void MainWindow::CreateMultiplePuzzles() {
     model_.SolverBusy = false;
     ShowMessage(error.what());
   }
+  LockInput(false);
   throttleEvents_ = false;
   SetProgressArea("");
   RefreshPuzzleInfo();
+  if (viewAll_ != nullptr && viewAll_->isVisible()) ViewAll();
 }
 
 void MainWindow::ShowHelp() {
@@ -582,20 +598,30 @@ void MainWindow::PrintFromFile() {
   }
   PrintRangeDialog range(count, model_.CurrentPuzzle, this);
   if (RunModal(range) != QDialog::Accepted) return;
+  // Reading a long range takes a while: Cancel stops it, and nothing is printed.
   std::vector<PrintedPuzzle> puzzles;
+  model_.CancelRequest = kNo;
   SetBusy(true);
-  for (int n = range.First(); n <= range.Last(); ++n) {
+  LockInput(true);
+  std::string failure;
+  for (int n = range.First(); n <= range.Last() && failure.empty(); ++n) {
+    ProcessEvents();
+    if (model_.CancelRequest == kYes) break;
     // A scratch model: the shown puzzle and its edits stay as they are.
     PuzzleModel scratch;
     HeadlessPort quiet;
     if (ReadPuzzle(scratch, quiet, model_.CurrentFile, n).notFound) {
-      SetBusy(false);
-      ShowMessage(ReadErrorMessage(n, model_.CurrentFile));
-      return;
+      failure = ReadErrorMessage(n, model_.CurrentFile);
+    } else {
+      puzzles.push_back(TakePuzzle(scratch, n));
     }
-    puzzles.push_back(TakePuzzle(scratch, n));
   }
+  LockInput(false);
   SetBusy(false);
+  const bool cancelled = model_.CancelRequest == kYes;
+  model_.CancelRequest = kNo;
+  if (!failure.empty()) ShowMessage(failure);
+  if (!failure.empty() || cancelled) return;
   RunPrint(FileLayout(puzzles, range.PerPage()), range.PerPage());
 }
 
@@ -688,6 +714,10 @@ void MainWindow::ShowPositionMenu(int k, const QPoint& globalPos) {
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event) {
+  if (!grid_->isEnabled()) {
+    QMainWindow::keyPressEvent(event);
+    return;
+  }
   const int k = grid_->CursorPosition();
   const QString text = event->text();
   if (event->key() == Qt::Key_Space && model_.StepMode != 0) {

@@ -97,6 +97,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   void Exit();
   void ToggleSchemeList(bool show);
   int RunModal(QDialog& dialog);
+  void LockInput(bool locked);
   void CreateSinglePuzzle();
   void CreateMultiplePuzzles();
   void ViewAll();

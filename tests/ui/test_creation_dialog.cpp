@@ -3,6 +3,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTimer>
@@ -12,6 +13,7 @@
 #include "core/collection_file.h"
 #include "support/test_files.h"
 #include "ui/creation_dialog.h"
+#include "ui/grid_widget.h"
 #include "ui/main_window.h"
 #include "ui/ui_tests.h"
 
@@ -111,6 +113,14 @@ class CreationDialogTest : public QObject {
       Choose(dialog, 4);
       QVERIFY(level->isEnabled());
 
+      // Uniqueness asked for: puzzles without clues are not offered.
+      Choose(dialog, 0);
+      Child<QCheckBox>(dialog, "Unique")->setChecked(true);
+      QVERIFY(!Child<QRadioButton>(dialog, "ClueChoice0")->isEnabled());
+      QVERIFY(Child<QRadioButton>(dialog, "ClueChoice4")->isChecked());
+      Child<QCheckBox>(dialog, "Unique")->setChecked(false);
+      QVERIFY(Child<QRadioButton>(dialog, "ClueChoice0")->isEnabled());
+
       Click(dialog, "UniqueHelp");
       QCOMPARE(messages_.last(), QString("Check Yes if you wish to create puzzles that have unique solutions\r\n\r\n"
                                          "In case you select this option, the Number of Contraints are assumed "
@@ -207,6 +217,9 @@ class CreationDialogTest : public QObject {
     connect(&watch, &QTimer::timeout, this, [&] {
       if (window_->findChild<QLabel*>("pb")->text() == "New 3 of 5") {
         area = window_->ProgressArea();
+        // Only Cancel acts while the batch runs.
+        QVERIFY(!window_->menuBar()->isEnabled());
+        QVERIFY(!window_->Grid()->isEnabled());
         window_->findChild<QPushButton*>("cmdcancel")->click();
         sinceCancel.start();
         watch.stop();
@@ -228,6 +241,8 @@ class CreationDialogTest : public QObject {
     QCOMPARE(window_->ProgressArea(), QString());
     QCOMPARE(window_->Model().CurrentPuzzle, 1);  // back on the puzzle shown before
     QCOMPARE(window_->Model().CancelRequest, qm::kNo);
+    QVERIFY(window_->menuBar()->isEnabled());
+    QVERIFY(window_->Grid()->isEnabled());
   }
 };
 

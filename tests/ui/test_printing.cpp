@@ -4,6 +4,8 @@
 #include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QProcess>
+#include <QPushButton>
+#include <QTimer>
 #include <QSpinBox>
 #include <QStandardPaths>
 #include <QtTest>
@@ -118,6 +120,22 @@ class PrintingTest : public QObject {
     pdf_ = QString::fromStdString(AppDir() + "no/such/dir/print.pdf");
     window_->findChild<QAction*>("mnuprintcurrent")->trigger();
     QCOMPARE(messages_.last(), "Error writing to file: " + pdf_);
+  }
+
+  void cancelWhileTheRangeIsReadPrintsNothing() {
+    window_->SetModalHandler([this](QDialog& dialog) {
+      if (qobject_cast<qm::ui::PrintRangeDialog*>(&dialog) == nullptr) {
+        PrintFromPreview(dialog);
+        return;
+      }
+      // Cancel is pressed as soon as the window lets events through.
+      QTimer::singleShot(0, window_.get(), [this] { window_->findChild<QPushButton*>("cmdcancel")->click(); });
+      dialog.accept();
+    });
+    window_->findChild<QAction*>("mnuprintfile")->trigger();
+    QCOMPARE(previews_, 0);
+    QVERIFY(!std::filesystem::exists(pdf_.toStdString()));
+    QCOMPARE(window_->Model().CancelRequest, qm::kNo);
   }
 
   void theFileLayoutStartsTheSolutionsOnANewPage() {
