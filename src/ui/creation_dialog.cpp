@@ -12,6 +12,7 @@
 #include <QStyle>
 #include <QStyleOptionButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "core/text_rules.h"
 #include "export/save_command.h"

@@ -498,6 +498,8 @@ int MainWindow::RunModal(QDialog& dialog) {
 
 void MainWindow::CreateSinglePuzzle() {
   if (model_.SolverBusy) return;
+  // The new puzzle takes the grid's place: unsaved edits go only with the user's consent.
+  if (model_.Modified != 0 && !AskYesNo("Discard all changes?")) return;
   model_.CancelRequest = kNo;
   SetBusy(true);
   SetProgressLine("Creating New Puzzle");
@@ -536,6 +538,8 @@ void MainWindow::CreateSinglePuzzle() {
 
 void MainWindow::CreateMultiplePuzzles() {
   if (model_.SolverBusy) return;
+  // The batch works on the grid and reads the current puzzle back at its end.
+  if (model_.Modified != 0 && !AskYesNo("Discard all changes?")) return;
   CreationOptions start = creationOptions_;
   start.outputFile = model_.CurrentFile;
   CreationDialog dialog(model_, *this, start, this);
@@ -547,7 +551,9 @@ void MainWindow::CreateMultiplePuzzles() {
   lastEvents_ = 0;
   LockInput(true);
   try {
-    CreatePuzzles(model_, *this, generator_, creationSettings_);
+    const BatchResult result = CreatePuzzles(model_, *this, generator_, creationSettings_);
+    // A puzzle made only for display is in no file yet.
+    if (result.added == 0 && !result.puzzles.empty() && result.puzzles.front().number == 0) model_.Modified = 1;
   } catch (const std::exception& error) {
     // Cannot come from an accepted dialog; report rather than end the program.
     model_.SolverBusy = false;

@@ -27,6 +27,8 @@ class CreationDialogTest : public QObject {
   std::unique_ptr<qm::test::TempDir> dir_;
   std::unique_ptr<MainWindow> window_;
   QStringList messages_;
+  QStringList questions_;
+  bool answer_ = true;
   // What the test does with the dialog once it is shown.
   std::function<void(CreationDialog&)> fill_;
 
@@ -68,10 +70,12 @@ class CreationDialogTest : public QObject {
     for (const char* name : {"puzzles.fut", "all.col"}) {
       std::filesystem::copy_file(std::string(QUILLMERE_APP_DIR) + name, AppDir() + name);
     }
+    questions_.clear();
+    answer_ = true;
     window_ = std::make_unique<MainWindow>(AppDir());
-    window_->SetDialogHandler([this](const QString& text, bool) {
-      messages_ << text;
-      return true;
+    window_->SetDialogHandler([this](const QString& text, bool question) {
+      (question ? questions_ : messages_) << text;
+      return answer_;
     });
     window_->SetFileHandler([this](const qm::FileChoice&) { return QString::fromStdString(Output()); });
     window_->SetModalHandler([this](QDialog& dialog) {
@@ -199,7 +203,16 @@ class CreationDialogTest : public QObject {
     QCOMPARE(window_->findChild<QLineEdit*>("label3")->text(), QString::fromStdString(window_->Model().Comment));
     QCOMPARE(qm::CountPuzzles(window_->Model().CurrentFile), before);
 
-    // "Single Puzzle" then uses those settings.
+    // The shown puzzle is in no file: it is only replaced with the user's consent.
+    QCOMPARE(window_->Model().Modified, std::int16_t{1});
+    const std::string shown = window_->Model().Comment;
+    answer_ = false;
+    window_->findChild<QAction*>("mnunewpuzx")->trigger();
+    QCOMPARE(questions_, QStringList{"Discard all changes?"});
+    QCOMPARE(window_->Model().Comment, shown);
+
+    // "Single Puzzle" then uses the dialog's settings.
+    answer_ = true;
     messages_.clear();
     window_->Model().Comment.clear();
     window_->findChild<QAction*>("mnunewpuzx")->trigger();
