@@ -10,7 +10,7 @@ QM_BUILD_PACKAGES=(
     libgtest-dev libgmock-dev libbenchmark-dev
     libcli11-dev nlohmann-json3-dev
     qt6-base-dev libgl-dev
-    python3 python3-xlrd fonts-dejavu-core
+    python3 python3-xlrd fonts-dejavu-core poppler-utils
 )
 
 qm_missing_packages() {

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDateTime>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -13,8 +14,12 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
+#include <QPrinterInfo>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QTextBrowser>
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -23,18 +28,26 @@
 #include "collections/collection_commands.h"
 #include "core/collection_file.h"
 #include "core/grid_commands.h"
+#include "core/headless_port.h"
 #include "core/rule_checks.h"
 #include "core/text_file.h"
 #include "core/text_rules.h"
 #include "export/html_export.h"
+#include "export/save_command.h"
 #include "export/text_export.h"
 #include "export/xls_export.h"
+#include "generator/batch_creation.h"
+#include "generator/solution_builder.h"
 #include "settings/config_file.h"
 #include "solver/candidates.h"
 #include "solver/solve_driver.h"
 #include "solver/solving_commands.h"
 #include "solver/techniques.h"
+#include "ui/creation_dialog.h"
 #include "ui/grid_widget.h"
+#include "ui/printing.h"
+#include "ui/sort_dialog.h"
+#include "ui/view_all_window.h"
 
 namespace qm::ui {
 
@@ -61,6 +74,8 @@ MainWindow::MainWindow(std::string appDir, QWidget* parent) : QMainWindow(parent
   timer1_->setObjectName("Timer1");
   timer1_->setSingleShot(true);  // the pacing timer disables itself on every tick
   connect(timer1_, &QTimer::timeout, this, [this] { model_.StepGo = -1; });
+  creationOptions_.fixedDigit = "1";
+  creationSettings_ = ValidateCreationOptions(creationOptions_).settings;
 
   grid_ = new GridWidget(model_, colours_, this);
   grid_->setObjectName("Cell");
@@ -193,6 +208,10 @@ void MainWindow::BuildPanel() {
   pb_->setWordWrap(true);
   column->addWidget(busyLabel_);
   column->addWidget(pb_);
+  progressArea_ = new QLabel(panel_);
+  progressArea_->setObjectName("ProgressArea");
+  progressArea_->setWordWrap(true);
+  column->addWidget(progressArea_);
   column->addStretch();
   panel_->setMinimumWidth(240);
 }
@@ -223,16 +242,24 @@ void MainWindow::BuildMenus() {
     grid_->update();
   });
   AddCancel(options, "mnucan2");
-  AddAction(main, "mnuhelp", "Help", nullptr);
-  AddAction(main, "mnuabout", "About", nullptr);
+  AddAction(main, "mnuhelp", "Help", [this] { ShowHelp(); });
+  AddAction(main, "mnuabout", "About", [this] {
+    ShowMessage(std::string(kCaption) +
+                "\r\n\r\nA workbench for inequality puzzles: enter, solve and check them, step "
+                "through every deduction, create new puzzles in any number, sort and print "
+                "collections of them, and export them as text, worksheets, web pages or pictures.");
+  });
   AddAction(main, "cmdexit", "Exit", [this] { Exit(); });
 
   QMenu* file = menuBar()->addMenu("File");
   AddAction(file, "mnuload", "Load", [this] { mnuload(model_, *this); });
-  AddAction(file, "mnuviewall", "View", nullptr);
+  AddAction(file, "mnuviewall", "View", [this] { ViewAll(); });
   AddAction(file, "mnusaveas", "Copy", [this] { mnusaveas(model_, *this); });
   AddAction(file, "mnubackup", "Backup", [this] { mnubackup(model_, *this); });
-  AddAction(file, "mnusortpuz", "Sort", nullptr);
+  AddAction(file, "mnusortpuz", "Sort", [this] {
+    SortDialog dialog(model_, *this, this);
+    RunModal(dialog);
+  });
   AddCancel(file, "can3");
 
   QMenu* puzzle = menuBar()->addMenu("Puzzle");
@@ -242,7 +269,13 @@ void MainWindow::BuildMenus() {
   QMenu* saveAs = puzzle->addMenu("Save As");
   saveAs->menuAction()->setObjectName("mnusave");
   AddAction(saveAs, "mnusaveassli", "Quillmere File", [this] { mnusaveassli(model_, *this); });
-  AddAction(saveAs, "mnupuzimage", "Bitmap File", nullptr);
+  AddAction(saveAs, "mnupuzimage", "Bitmap File", [this] {
+    // A picture of the grid as it stands, candidates and colours included.
+    RunSaveCommand(model_, *this, {"*.bmp", "Bitmap Files", "Puzzle saved as Bitmap File:"},
+                   [this](const std::string& path) {
+                     return grid_->grab().toImage().save(QString::fromStdString(path), "BMP");
+                   });
+  });
   AddAction(saveAs, "mnusavetxt", "Text File", [this] { mnusavetxt(model_, *this); });
   AddAction(saveAs, "mnusavexls", "XLS File", [this] { mnusavexls(model_, *this); });
   AddAction(saveAs, "mnusavehtml", "HTML File", [this] { SaveHtmlFile(model_, *this, DefaultTemplateDirectories(model_)); });
@@ -257,8 +290,8 @@ void MainWindow::BuildMenus() {
     action->setObjectName(QStringLiteral("mnunewx%1").arg(i));
   }
   AddCancel(newGrid, "mnunewx8");
-  AddAction(create, "mnunewpuzx", "Single Puzzle", nullptr);
-  AddAction(create, "mnumultipuzx", "Multiple Puzzles", nullptr);
+  AddAction(create, "mnunewpuzx", "Single Puzzle", [this] { CreateSinglePuzzle(); });
+  AddAction(create, "mnumultipuzx", "Multiple Puzzles", [this] { CreateMultiplePuzzles(); });
   AddCancel(create, "can7");
 
   QMenu* edit = menuBar()->addMenu("Edit");
@@ -275,8 +308,8 @@ void MainWindow::BuildMenus() {
   AddCancel(solve, "can2");
 
   QMenu* print = menuBar()->addMenu("Print");
-  AddAction(print, "mnuprintcurrent", "Current Puzzle", nullptr);
-  AddAction(print, "mnuprintfile", "Puzzles from File", nullptr);
+  AddAction(print, "mnuprintcurrent", "Current Puzzle", [this] { PrintCurrent(); });
+  AddAction(print, "mnuprintfile", "Puzzles from File", [this] { PrintFromFile(); });
   AddCancel(print, "mnucan");
 }
 
@@ -376,7 +409,18 @@ void MainWindow::SetBusy(bool busy) {
   busyLabel_->setVisible(busyDepth_ > 0);
 }
 
-void MainWindow::ProcessEvents() { QCoreApplication::processEvents(); }
+void MainWindow::SetProgressArea(const std::string& text) { progressArea_->setText(QString::fromStdString(text)); }
+
+QString MainWindow::ProgressArea() const { return progressArea_->text(); }
+
+void MainWindow::ProcessEvents() {
+  if (throttleEvents_) {
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    if (now - lastEvents_ < 15) return;
+    lastEvents_ = now;
+  }
+  QCoreApplication::processEvents();
+}
 
 void MainWindow::SetPacingTimer(bool enabled, int intervalMs) {
   timer1_->setInterval(intervalMs);
@@ -431,6 +475,200 @@ void MainWindow::RefreshPuzzleInfo() {
   label3_->setText(FromModel(model_.Comment));
 }
 
+// Dialogs and creation ------------------------------------------------------------------
+
+// While a long command lets events through, only Cancel (and the pace keys) may act: the
+// menus and the grid would start a second command on the same model.
+void MainWindow::LockInput(bool locked) {
+  menuBar()->setEnabled(!locked);
+  grid_->setEnabled(!locked);
+  label3_->setReadOnly(locked);
+  puzNumNow_->setEnabled(!locked);
+  for (QToolButton* arrow : arrows_) arrow->setEnabled(!locked);
+  undoMan_->setEnabled(!locked);
+}
+
+int MainWindow::RunModal(QDialog& dialog) {
+  if (modalHandler_) {
+    modalHandler_(dialog);
+    return dialog.result();
+  }
+  return dialog.exec();
+}
+
+void MainWindow::CreateSinglePuzzle() {
+  if (model_.SolverBusy) return;
+  // The new puzzle takes the grid's place: unsaved edits go only with the user's consent.
+  if (model_.Modified != 0 && !AskYesNo("Discard all changes?")) return;
+  model_.CancelRequest = kNo;
+  SetBusy(true);
+  SetProgressLine("Creating New Puzzle");
+  model_.SolverBusy = true;
+  throttleEvents_ = true;
+  LockInput(true);
+  generator_.ClueSpec = creationSettings_.clueSpec;
+  generator_.RequestedLevel = creationSettings_.level;
+  const int n = creationSettings_.gridSize != 0
+                    ? creationSettings_.gridSize
+                    : RandomDraw(model_, kMaxGridSize - kMinGridSize + 1) + kMinGridSize - 1;
+  SetSize(model_, n);
+  RedrawGrid();
+  const int result = CreatePuzzle(model_, *this, generator_);
+  LockInput(false);
+  throttleEvents_ = false;
+  model_.SolverBusy = false;
+  const bool cancelled = model_.CancelRequest == kYes;
+  model_.CancelRequest = kNo;
+  SetProgressLine("");
+  SetBusy(false);
+  if (result != kSolved) {
+    // A cancel blanked the grid already and needs no word; running out of attempts does.
+    if (!cancelled) ShowMessage("Could not create a unique puzzle");
+    RefreshPuzzleInfo();
+    return;
+  }
+  model_.Comment = AutoTitle(generator_.LevelCode, ClockStamp());
+  model_.Modified = 1;
+  SetStatusLine("New Puzzle, Size=" + std::to_string(n) + "x" + std::to_string(n) +
+                ", Constraints=" + Str(generator_.SignCount) + ", Clues= " + std::to_string(generator_.ClueCount) +
+                ", Level= " + std::string(LevelNames[static_cast<std::size_t>(generator_.LevelCode)]));
+  RedrawGrid();
+  RefreshPuzzleInfo();
+}
+
+void MainWindow::CreateMultiplePuzzles() {
+  if (model_.SolverBusy) return;
+  // The batch works on the grid and reads the current puzzle back at its end.
+  if (model_.Modified != 0 && !AskYesNo("Discard all changes?")) return;
+  CreationOptions start = creationOptions_;
+  start.outputFile = model_.CurrentFile;
+  CreationDialog dialog(model_, *this, start, this);
+  const bool accepted = RunModal(dialog) == QDialog::Accepted;
+  creationOptions_ = dialog.Options();
+  if (!accepted) return;
+  creationSettings_ = dialog.Settings();
+  throttleEvents_ = true;
+  lastEvents_ = 0;
+  LockInput(true);
+  try {
+    const BatchResult result = CreatePuzzles(model_, *this, generator_, creationSettings_);
+    // A puzzle made only for display is in no file yet.
+    if (result.added == 0 && !result.puzzles.empty() && result.puzzles.front().number == 0) model_.Modified = 1;
+  } catch (const std::exception& error) {
+    // Cannot come from an accepted dialog; report rather than end the program.
+    model_.SolverBusy = false;
+    ShowMessage(error.what());
+  }
+  LockInput(false);
+  throttleEvents_ = false;
+  SetProgressArea("");
+  RefreshPuzzleInfo();
+  if (viewAll_ != nullptr && viewAll_->isVisible()) ViewAll();
+}
+
+void MainWindow::ShowHelp() {
+  const std::string page = model_.AppDir + "Quillmere.htm";
+  if (!FileLength(page)) {
+    ShowMessage("Help file not found:\r\n" + page);
+    return;
+  }
+  if (help_ == nullptr) {
+    help_ = new QDialog(this);
+    help_->setObjectName("frmhelp");
+    help_->setWindowTitle("Quillmere Help");
+    auto* browser = new QTextBrowser(help_);
+    browser->setObjectName("HelpText");
+    browser->setSource(QUrl::fromLocalFile(QString::fromStdString(page)));
+    auto* layout = new QVBoxLayout(help_);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(browser);
+    help_->resize(720, 640);
+  }
+  help_->show();
+  help_->raise();
+}
+
+void MainWindow::PrintCurrent() {
+  if (model_.SolverBusy) return;
+  // The puzzle in the upper half of the page, its solution below.
+  const PrintedPuzzle puzzle = TakePuzzle(model_, model_.CurrentPuzzle);
+  RunPrint({{&puzzle, false}, {&puzzle, true}}, 2);
+}
+
+void MainWindow::PrintFromFile() {
+  if (model_.SolverBusy) return;
+  const int count = CountPuzzles(model_.CurrentFile);
+  if (count == 0) {
+    ShowMessage("There are no puzzles in this file");
+    return;
+  }
+  PrintRangeDialog range(count, model_.CurrentPuzzle, this);
+  if (RunModal(range) != QDialog::Accepted) return;
+  // Reading a long range takes a while: Cancel stops it, and nothing is printed.
+  std::vector<PrintedPuzzle> puzzles;
+  model_.CancelRequest = kNo;
+  SetBusy(true);
+  LockInput(true);
+  std::string failure;
+  for (int n = range.First(); n <= range.Last() && failure.empty(); ++n) {
+    ProcessEvents();
+    if (model_.CancelRequest == kYes) break;
+    // A scratch model: the shown puzzle and its edits stay as they are.
+    PuzzleModel scratch;
+    HeadlessPort quiet;
+    if (ReadPuzzle(scratch, quiet, model_.CurrentFile, n).notFound) {
+      failure = ReadErrorMessage(n, model_.CurrentFile);
+    } else {
+      puzzles.push_back(TakePuzzle(scratch, n));
+    }
+  }
+  LockInput(false);
+  SetBusy(false);
+  const bool cancelled = model_.CancelRequest == kYes;
+  model_.CancelRequest = kNo;
+  if (!failure.empty()) ShowMessage(failure);
+  if (!failure.empty() || cancelled) return;
+  RunPrint(FileLayout(puzzles, range.PerPage()), range.PerPage());
+}
+
+void MainWindow::RunPrint(const std::vector<PrintItem>& items, int perPage) {
+  QPrinter printer(QPrinter::HighResolution);
+  std::string pdf;
+  if (printToPdf_ || QPrinterInfo::availablePrinters().isEmpty()) {
+    // Without a printer the pages go to a PDF file.
+    pdf = ChooseFileKeepingDirectory(
+        *this, {"Quillmere", "*.pdf", "PDF Files", ApplicationDirectoryOf(model_), ChooserMode::Save});
+    if (pdf.empty() || !ConfirmOverwrite(*this, pdf)) return;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(QString::fromStdString(pdf));
+  }
+  model_.CancelRequest = kNo;
+  QPrintPreviewDialog preview(&printer, this);
+  preview.setObjectName("frmprintpreview");
+  connect(&preview, &QPrintPreviewDialog::paintRequested, this, [&](QPrinter* target) {
+    SetBusy(true);
+    const bool printed = PrintPuzzles(*target, items, perPage);
+    SetBusy(false);
+    if (!printed && target->outputFormat() == QPrinter::PdfFormat) ShowMessage(WriteErrorMessage(pdf));
+  });
+  RunModal(preview);
+  model_.CancelRequest = kNo;
+}
+
+void MainWindow::ViewAll() {
+  if (viewAll_ == nullptr) viewAll_ = new ViewAllWindow([this](int n) { OpenFromView(n); }, this);
+  model_.PuzzleCount = CountPuzzles(model_.CurrentFile);
+  viewAll_->Show(model_.CurrentFile, ViewAllTotal(model_));
+  RefreshPuzzleInfo();
+}
+
+void MainWindow::OpenFromView(int n) {
+  if (model_.SolverBusy) return;
+  if (model_.Modified != 0 && !AskYesNo("Discard all changes?")) return;
+  GoToPuzzleNumber(model_, *this, std::to_string(n));
+  activateWindow();
+}
+
 // Input ---------------------------------------------------------------------------------
 
 void MainWindow::Continue() {
@@ -482,6 +720,10 @@ void MainWindow::ShowPositionMenu(int k, const QPoint& globalPos) {
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event) {
+  if (!grid_->isEnabled()) {
+    QMainWindow::keyPressEvent(event);
+    return;
+  }
   const int k = grid_->CursorPosition();
   const QString text = event->text();
   if (event->key() == Qt::Key_Space && model_.StepMode != 0) {

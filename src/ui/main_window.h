@@ -5,13 +5,17 @@
 #include <QMainWindow>
 #include <array>
 #include <functional>
+#include <vector>
 
 #include "core/puzzle_model.h"
 #include "core/window_port.h"
+#include "generator/create_puzzle.h"
+#include "generator/creation_options.h"
 #include "settings/colour_schemes.h"
 
 class QAction;
 class QComboBox;
+class QDialog;
 class QLabel;
 class QLineEdit;
 class QMenu;
@@ -22,6 +26,8 @@ class QToolButton;
 namespace qm::ui {
 
 class GridWidget;
+class ViewAllWindow;
+struct PrintItem;
 
 class MainWindow : public QMainWindow, public WindowPort {
   Q_OBJECT
@@ -39,11 +45,20 @@ class MainWindow : public QMainWindow, public WindowPort {
   using FileHandler = std::function<QString(const FileChoice& choice)>;
   void SetDialogHandler(DialogHandler handler) { dialogHandler_ = std::move(handler); }
   void SetFileHandler(FileHandler handler) { fileHandler_ = std::move(handler); }
+  // Tests fill and close the window's own dialogs through this instead of a person: it
+  // is handed each dialog in place of running it, and the dialog's result counts.
+  using ModalHandler = std::function<void(QDialog& dialog)>;
+  void SetModalHandler(ModalHandler handler) { modalHandler_ = std::move(handler); }
+  // Printing goes to a PDF file even when a printer is installed (tests print that way).
+  void SetPrintToPdf(bool pdf) { printToPdf_ = pdf; }
 
   PuzzleModel& Model() { return model_; }
   const ColourTable& Colours() const { return colours_; }
   GridWidget* Grid() const { return grid_; }
+  ViewAllWindow* ViewAllView() const { return viewAll_; }
+  QDialog* HelpView() const { return help_; }
   QString StatusLine() const;
+  QString ProgressArea() const;
   QTimer* PacingTimer() const { return timer1_; }
 
   // WindowPort
@@ -52,6 +67,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   std::string ChooseFile(const FileChoice& choice) override;
   void SetStatusLine(const std::string& text) override;
   void SetProgressLine(const std::string& text) override;
+  void SetProgressArea(const std::string& text) override;
   std::string ProgressLine() const override;
   void SetBusy(bool busy) override;
   void ProcessEvents() override;
@@ -80,6 +96,16 @@ class MainWindow : public QMainWindow, public WindowPort {
   void Continue();
   void Exit();
   void ToggleSchemeList(bool show);
+  int RunModal(QDialog& dialog);
+  void LockInput(bool locked);
+  void CreateSinglePuzzle();
+  void CreateMultiplePuzzles();
+  void ViewAll();
+  void ShowHelp();
+  void PrintCurrent();
+  void PrintFromFile();
+  void RunPrint(const std::vector<PrintItem>& items, int perPage);
+  void OpenFromView(int n);
 
   PuzzleModel model_;
   ColourTable colours_;
@@ -96,13 +122,26 @@ class MainWindow : public QMainWindow, public WindowPort {
   QPushButton* cmdCancel_ = nullptr;
   QLabel* busyLabel_ = nullptr;
   QLabel* pb_ = nullptr;
+  QLabel* progressArea_ = nullptr;
   QLabel* status_ = nullptr;
   QWidget* panel_ = nullptr;
   QTimer* timer1_ = nullptr;
   int busyDepth_ = 0;
+  // While puzzles are made, events are let through only every few milliseconds: the
+  // generator yields thousands of times a second and repainting each time would cost
+  // more than the puzzles.
+  bool throttleEvents_ = false;
+  qint64 lastEvents_ = 0;
+  CreationOptions creationOptions_;
+  CreationSettings creationSettings_;
+  Generator generator_;
+  ViewAllWindow* viewAll_ = nullptr;
+  QDialog* help_ = nullptr;
+  bool printToPdf_ = false;
   bool exiting_ = false;
   DialogHandler dialogHandler_;
   FileHandler fileHandler_;
+  ModalHandler modalHandler_;
 };
 
 }  // namespace qm::ui
