@@ -1,10 +1,12 @@
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QScreen>
 #include <QTimer>
 
 #include "core/collection_file.h"
 #include "core/text_file.h"
 #include "ui/main_window.h"
+#include "ui/window_setup.h"
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
@@ -24,22 +26,22 @@ int main(int argc, char** argv) {
   if (options.isSet(screenshot)) {
     // Nobody is there to close a message box: print it instead.
     window.SetDialogHandler([](const QString& text, bool) {
-      qInfo("%s", qPrintable(text));
+      qWarning("%s", qPrintable(text));
       return true;
     });
   }
-  window.resize(980, 720);
+  // A large scale factor or a small screen: the window still fits.
+  const QScreen* screen = window.screen() != nullptr ? window.screen() : QGuiApplication::primaryScreen();
+  window.resize(qm::ui::FitToScreen(QSize(980, 720), screen != nullptr ? screen->availableGeometry() : QRect()));
   window.show();
   window.StartUp();
-  if (options.isSet(puzzle)) {
-    qm::PuzzleModel& model = window.Model();
-    qm::ReadPuzzle(model, window, model.CurrentFile, options.value(puzzle).toInt());
-  }
+  bool started = true;
+  if (options.isSet(puzzle)) started = window.StartOnPuzzle(options.value(puzzle));
   if (options.isSet(screenshot)) {
     // Let the window settle and paint, then picture it.
-    QTimer::singleShot(400, &window, [&window, path = options.value(screenshot)] {
+    QTimer::singleShot(400, &window, [&window, started, path = options.value(screenshot)] {
       window.grab().save(path);
-      QApplication::exit(0);
+      QApplication::exit(started ? 0 : 1);
     });
   }
   return QApplication::exec();

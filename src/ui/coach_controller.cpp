@@ -1,0 +1,224 @@
+#include "ui/coach_controller.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMenuBar>
+
+#include "commands/stall_verdict.h"
+#include "solver/solve_driver.h"
+#include "ui/grid_widget.h"
+
+namespace qm::ui {
+
+namespace {
+
+QMenu* MenuTitled(QMenuBar& bar, const QString& title) {
+  for (QAction* action : bar.actions()) {
+    if (action->menu() != nullptr && QString(action->text()).remove('&') == title) return action->menu();
+  }
+  return nullptr;
+}
+
+QAction* AddEntry(QMenu& menu, QAction* before, const char* name, const QString& caption) {
+  auto* action = new QAction(caption, &menu);
+  action->setObjectName(name);
+  menu.insertAction(before, action);
+  return action;
+}
+
+// The "Cancel" entry that ends every menu, after its separator.
+QAction* CancelEntry(QMenu& menu) {
+  const QList<QAction*> actions = menu.actions();
+  return actions.size() >= 2 ? actions[actions.size() - 2] : nullptr;
+}
+
+}  // namespace
+
+int DigitOfKey(const QKeyEvent& event) {
+  const int key = event.key();
+  if (key >= Qt::Key_1 && key <= Qt::Key_9) return key - Qt::Key_0;
+  // Shift turns the digit keys into these on the common layouts.
+  static const QString shifted = QStringLiteral("!@#$%^&*(");
+  const QString text = event.text();
+  if (text.size() == 1) {
+    if (text[0] >= '1' && text[0] <= '9') return text[0].unicode() - '0';
+    const auto at = shifted.indexOf(text[0]);
+    if (at >= 0) return static_cast<int>(at) + 1;
+  }
+  // Shift with a digit sends these key codes (US layout), whatever the text.
+  static const int shiftedKeys[] = {Qt::Key_Exclam,     Qt::Key_At,        Qt::Key_NumberSign,
+                                    Qt::Key_Dollar,     Qt::Key_Percent,   Qt::Key_AsciiCircum,
+                                    Qt::Key_Ampersand,  Qt::Key_Asterisk,  Qt::Key_ParenLeft};
+  for (int d = 0; d < 9; ++d) {
+    if (key == shiftedKeys[d]) return d + 1;
+  }
+  return 0;
+}
+
+CoachController::CoachController(PuzzleModel& model, WindowPort& port, GridWidget& grid, QObject* parent)
+    : QObject(parent), model_(model), port_(port), grid_(grid) {
+  grid_.SetCoach(&state_);
+  qApp->installEventFilter(this);
+}
+
+void CoachController::AddMenus(QMenuBar& bar) {
+  if (QMenu* edit = MenuTitled(bar, "Edit")) {
+    QAction* cancel = CancelEntry(*edit);
+    edit->insertSeparator(cancel);
+    QAction* undo = AddEntry(*edit, cancel, "mnuundo", "Undo");
+    connect(undo, &QAction::triggered, this, [this] { Undo(); });
+    QAction* redo = AddEntry(*edit, cancel, "mnuredo", "Redo");
+    connect(redo, &QAction::triggered, this, [this] { Redo(); });
+    edit->insertSeparator(cancel);
+    pencil_ = AddEntry(*edit, cancel, "mnupencil", "Pencil Marks");
+    pencil_->setCheckable(true);
+    connect(pencil_, &QAction::toggled, this, [this](bool on) { SetPencilMode(on); });
+    connect(AddEntry(*edit, cancel, "mnufillmarks", "Fill All Candidates"), &QAction::triggered, this, [this] {
+      FillAllCandidates(state_, model_);
+      Changed();
+    });
+    connect(AddEntry(*edit, cancel, "mnuclearmarks", "Clear Marks"), &QAction::triggered, this, [this] {
+      ClearMarks(state_);
+      Changed();
+    });
+  }
+  if (QMenu* solve = MenuTitled(bar, "Solve")) {
+    QAction* cancel = CancelEntry(*solve);
+    connect(AddEntry(*solve, cancel, "mnucheckdigits", "Check My Digits"), &QAction::triggered, this,
+            [this] { CheckMyDigits(); });
+  }
+  QMenu* options = nullptr;
+  if (QMenu* main = MenuTitled(bar, "Quillmere")) {
+    for (QAction* action : main->actions()) {
+      if (action->objectName() == "mnuopts") options = action->menu();
+    }
+  }
+  if (options != nullptr) {
+    QAction* cancel = CancelEntry(*options);
+    highlightMenu_ = new QMenu("Highlight Digit", options);
+    highlightMenu_->menuAction()->setObjectName("mnuhighlight");
+    options->insertMenu(cancel, highlightMenu_);
+    highlightGroup_ = new QActionGroup(highlightMenu_);
+    connect(highlightMenu_, &QMenu::aboutToShow, this, [this] { RebuildHighlightMenu(); });
+    RebuildHighlightMenu();
+    conflicts_ = AddEntry(*options, cancel, "mnuconflicts", "Mark Conflicts");
+    conflicts_->setCheckable(true);
+    connect(conflicts_, &QAction::toggled, this, [this](bool on) { SetLiveConflicts(on); });
+  }
+}
+
+void CoachController::RebuildHighlightMenu() {
+  highlightMenu_->clear();
+  for (int d = 0; d <= model_.GridSize; ++d) {
+    QAction* action = highlightMenu_->addAction(d == 0 ? QString("None") : QString::number(d));
+    action->setObjectName(QStringLiteral("mnuhighlight%1").arg(d));
+    action->setCheckable(true);
+    action->setChecked(state_.HighlightDigit == d);
+    highlightGroup_->addAction(action);
+    connect(action, &QAction::triggered, this, [this, d] { SetHighlightDigit(d); });
+  }
+}
+
+bool CoachController::CellChoice(int p, const std::string& choice) {
+  const bool taken = PlayerCellChoice(state_, model_, port_, p, choice);
+  if (taken) state_.WrongCells.clear();
+  Changed();
+  return taken;
+}
+
+bool CoachController::SignChoice(int p, const std::string& choice) {
+  const bool taken = PlayerSignChoice(state_, model_, port_, p, choice);
+  Changed();
+  return taken;
+}
+
+void CoachController::Undo() {
+  if (model_.SolverBusy) return;
+  CoachUndo(state_, model_, port_);
+  state_.WrongCells.clear();
+  Changed();
+}
+
+void CoachController::Redo() {
+  if (model_.SolverBusy) return;
+  CoachRedo(state_, model_, port_);
+  state_.WrongCells.clear();
+  Changed();
+}
+
+bool CoachController::HandleKey(const QKeyEvent& event) {
+  if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return false;
+  if (event.key() == Qt::Key_P) {
+    SetPencilMode(!state_.PencilMode);
+    return true;
+  }
+  const int digit = DigitOfKey(event);
+  const bool shift = (event.modifiers() & Qt::ShiftModifier) != 0 || (digit > 0 && !event.text().isEmpty() &&
+                                                                       !event.text()[0].isDigit());
+  if (digit == 0 || !(state_.PencilMode || shift)) return false;
+  const int k = grid_.CursorPosition();
+  if (k < 0 || k > model_.LastPosition || !IsCell(model_, k)) return true;
+  if (ToggleMark(state_, model_, k, digit)) Changed();
+  return true;
+}
+
+void CoachController::PuzzleReplaced() {
+  qm::PuzzleReplaced(state_, model_);
+  if (highlightMenu_ != nullptr && state_.HighlightDigit > model_.GridSize) SetHighlightDigit(0);
+  grid_.update();
+}
+
+void CoachController::AfterAutoSolve(const std::string& outcome) {
+  if (outcome != kOutcomeMultiple) return;
+  port_.SetBusy(true);
+  const std::string verdict = StallVerdict(model_);
+  port_.SetBusy(false);
+  port_.SetStatusLine(verdict);
+}
+
+void CoachController::SetPencilMode(bool on) {
+  state_.PencilMode = on;
+  if (pencil_ != nullptr && pencil_->isChecked() != on) pencil_->setChecked(on);
+  port_.SetProgressLine(on ? "Pencil marks: digit keys mark and unmark" : "");
+}
+
+void CoachController::SetHighlightDigit(int digit) {
+  state_.HighlightDigit = digit >= 0 && digit <= model_.GridSize ? digit : 0;
+  if (highlightMenu_ != nullptr) RebuildHighlightMenu();
+  grid_.update();
+}
+
+void CoachController::SetLiveConflicts(bool on) {
+  state_.LiveConflicts = on;
+  if (conflicts_ != nullptr && conflicts_->isChecked() != on) conflicts_->setChecked(on);
+  grid_.update();
+}
+
+void CoachController::CheckMyDigits() {
+  if (model_.SolverBusy) return;
+  port_.SetBusy(true);
+  const DigitCheck check = CheckPlayerDigits(state_, model_);
+  port_.SetBusy(false);
+  state_.WrongCells = check.wrong;
+  port_.SetStatusLine(DigitCheckText(check));
+  grid_.update();
+}
+
+void CoachController::Changed() { grid_.update(); }
+
+bool CoachController::eventFilter(QObject* watched, QEvent* event) {
+  if (model_.StepMode != 0 && (event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride)) {
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier) {
+      if (event->type() == QEvent::KeyPress) model_.StepGo = -1;
+      event->accept();
+      return true;
+    }
+  }
+  return QObject::eventFilter(watched, event);
+}
+
+}  // namespace qm::ui
