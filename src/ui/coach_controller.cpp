@@ -10,6 +10,7 @@
 #include "commands/stall_verdict.h"
 #include "solver/solve_driver.h"
 #include "ui/grid_widget.h"
+#include "ui/menu_keys.h"
 
 namespace qm::ui {
 
@@ -111,15 +112,23 @@ void CoachController::AddMenus(QMenuBar& bar) {
 }
 
 void CoachController::RebuildHighlightMenu() {
-  highlightMenu_->clear();
-  for (int d = 0; d <= model_.GridSize; ++d) {
-    QAction* action = highlightMenu_->addAction(d == 0 ? QString("None") : QString::number(d));
-    action->setObjectName(QStringLiteral("mnuhighlight%1").arg(d));
-    action->setCheckable(true);
-    action->setChecked(state_.HighlightDigit == d);
-    highlightGroup_->addAction(action);
-    connect(action, &QAction::triggered, this, [this, d] { SetHighlightDigit(d); });
+  // The entries are made once; opening the menu offers the digits of the grid's size.
+  if (highlightEntries_.empty()) {
+    for (int d = 0; d <= kMaxGridSize; ++d) {
+      auto* action = new QAction(d == 0 ? QString("None") : QString::number(d), highlightMenu_);
+      action->setObjectName(QStringLiteral("mnuhighlight%1").arg(d));
+      action->setCheckable(true);
+      highlightGroup_->addAction(action);
+      connect(action, &QAction::triggered, this, [this, d] { SetHighlightDigit(d); });
+      highlightEntries_.push_back(action);
+    }
   }
+  for (QAction* action : highlightMenu_->actions()) highlightMenu_->removeAction(action);
+  for (int d = 0; d <= model_.GridSize; ++d) {
+    highlightMenu_->addAction(highlightEntries_[static_cast<std::size_t>(d)]);
+    highlightEntries_[static_cast<std::size_t>(d)]->setChecked(state_.HighlightDigit == d);
+  }
+  AddMnemonics(*highlightMenu_);
 }
 
 bool CoachController::CellChoice(int p, const std::string& choice) {
@@ -150,6 +159,13 @@ void CoachController::Redo() {
 }
 
 bool CoachController::HandleKey(const QKeyEvent& event) {
+  // Redo's keys, for when the menu's shortcuts do not reach the window.
+  if (event.matches(QKeySequence::Redo) ||
+      (event.modifiers() == Qt::ControlModifier && event.key() == Qt::Key_Y) ||
+      (event.modifiers() == (Qt::ControlModifier | Qt::ShiftModifier) && event.key() == Qt::Key_Z)) {
+    Redo();
+    return true;
+  }
   if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return false;
   if (event.key() == Qt::Key_P) {
     SetPencilMode(!state_.PencilMode);

@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <string>
+#include <vector>
 
 #include "commands/coach_state.h"
 #include "core/puzzle_model.h"
@@ -66,6 +67,7 @@ class CoachController : public QObject {
   QAction* conflicts_ = nullptr;
   QMenu* highlightMenu_ = nullptr;
   QActionGroup* highlightGroup_ = nullptr;
+  std::vector<QAction*> highlightEntries_;
 };
 
 // Shift with a digit key: the digit (1..9), whatever the keyboard layout sends as text;

@@ -751,6 +751,7 @@ void MainWindow::ShowPositionMenu(int k, const QPoint& globalPos) {
       menu.addAction(entry)->setData(entry);
     }
   }
+  AddMnemonics(menu);
   const QAction* chosen = menu.exec(globalPos);
   if (chosen == nullptr) return;
   const std::string choice = chosen->data().toString().toStdString();
