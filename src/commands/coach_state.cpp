@@ -137,6 +137,26 @@ void RemoveMarks(CoachState& coach, int p, const std::string& candidates, const 
   }
 }
 
+bool ApplyStep(CoachState& coach, PuzzleModel& model, WindowPort& port,
+               const std::vector<std::pair<int, int>>& placed,
+               const std::vector<std::pair<int, std::string>>& removed) {
+  CoachState::Flags before = Capture(coach);
+  const std::size_t entries = model.UndoList.size();
+  bool taken = true;
+  for (const auto& [p, digit] : placed) {
+    const std::size_t had = model.UndoList.size();
+    CellMenuChoice(model, port, p, std::to_string(digit));
+    if (model.UndoList.size() == had) {
+      taken = false;
+    } else {
+      Entered(coach, model, p);
+    }
+  }
+  for (const auto& [p, digits] : removed) RemoveMarks(coach, p, CellCandidates(model, p), digits);
+  Record(coach, std::move(before), static_cast<int>(model.UndoList.size() - entries));
+  return taken;
+}
+
 void CoachUndo(CoachState& coach, PuzzleModel& model, WindowPort& port) {
   // A history that claims more entries than the model holds is from before a load.
   if (!coach.Done.empty() && coach.Done.back().entries > static_cast<int>(model.UndoList.size())) {

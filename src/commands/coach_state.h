@@ -72,6 +72,13 @@ void ClearMarks(CoachState& coach);
 // cell had no marks it first gets `candidates`, so the removal shows.
 void RemoveMarks(CoachState& coach, int p, const std::string& candidates, const std::string& digits);
 
+// Makes one deduction step for the player, as one action for Undo: the digits it places
+// are entered through the cell menu, the digits it rules out leave the pencil marks.
+// False when the model refused a digit (the player's grid contradicts the step).
+bool ApplyStep(CoachState& coach, PuzzleModel& model, WindowPort& port,
+               const std::vector<std::pair<int, int>>& placed,
+               const std::vector<std::pair<int, std::string>>& removed);
+
 // Undo and Redo of whole actions. Entries the history does not know (made elsewhere)
 // are undone one by one as the model's own Undo does.
 void CoachUndo(CoachState& coach, PuzzleModel& model, WindowPort& port);

@@ -4,13 +4,18 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QToolBar>
 
 #include "commands/stall_verdict.h"
+#include "core/text_rules.h"
+#include "solver/candidates.h"
 #include "solver/solve_driver.h"
 #include "ui/grid_widget.h"
 #include "ui/menu_keys.h"
+#include "ui/path_panel.h"
 
 namespace qm::ui {
 
@@ -65,6 +70,22 @@ CoachController::CoachController(PuzzleModel& model, WindowPort& port, GridWidge
   qApp->installEventFilter(this);
 }
 
+void CoachController::Install(QMainWindow& window) {
+  panel_ = new PathPanel(&window);
+  window.addDockWidget(Qt::RightDockWidgetArea, panel_);
+  panel_->hide();
+  connect(panel_, &PathPanel::StepSelected, this, [this](int index) { ShowPathStep(index); });
+  connect(panel_, &QDockWidget::visibilityChanged, this, [this](bool visible) {
+    if (!visible) ShowPathStep(-1);
+  });
+  AddMenus(*window.menuBar());
+  auto* tools = window.addToolBar("Coach");
+  tools->setObjectName("CoachToolBar");
+  tools->setMovable(false);
+  if (QAction* next = window.findChild<QAction*>("mnunextstep")) tools->addAction(next);
+  tools->addAction(panel_->toggleViewAction());
+}
+
 void CoachController::AddMenus(QMenuBar& bar) {
   if (QMenu* edit = MenuTitled(bar, "Edit")) {
     QAction* cancel = CancelEntry(*edit);
@@ -88,8 +109,18 @@ void CoachController::AddMenus(QMenuBar& bar) {
   }
   if (QMenu* solve = MenuTitled(bar, "Solve")) {
     QAction* cancel = CancelEntry(*solve);
+    solve->insertSeparator(cancel);
+    QAction* next = AddEntry(*solve, cancel, "mnunextstep", "Next Step");
+    next->setToolTip("A hint: where to look, then the step, then the step made");
+    connect(next, &QAction::triggered, this, [this] { NextStep(); });
     connect(AddEntry(*solve, cancel, "mnucheckdigits", "Check My Digits"), &QAction::triggered, this,
             [this] { CheckMyDigits(); });
+    if (panel_ != nullptr) {
+      QAction* path = panel_->toggleViewAction();
+      path->setObjectName("mnupathpanel");
+      path->setText("Solution Path");
+      solve->insertAction(cancel, path);
+    }
   }
   QMenu* options = nullptr;
   if (QMenu* main = MenuTitled(bar, "Quillmere")) {
@@ -183,6 +214,11 @@ bool CoachController::HandleKey(const QKeyEvent& event) {
 
 void CoachController::PuzzleReplaced() {
   qm::PuzzleReplaced(state_, model_);
+  Unlight();
+  hintLevel_ = 0;
+  hintKey_.clear();
+  shownStep_ = -1;
+  RecomputePath();
   if (highlightMenu_ != nullptr && state_.HighlightDigit > model_.GridSize) SetHighlightDigit(0);
   grid_.update();
 }
@@ -223,10 +259,112 @@ void CoachController::CheckMyDigits() {
   grid_.update();
 }
 
-void CoachController::Changed() { grid_.update(); }
+void CoachController::Changed() {
+  // The grid moved on: an open hint and a shown step of the path no longer apply.
+  Unlight();
+  hintLevel_ = 0;
+  if (panel_ != nullptr) panel_->ClearSelection();
+  if (shownStep_ >= 0) ShowPathStep(-1);
+  grid_.update();
+}
+
+void CoachController::Light(const std::vector<int>& cells, const std::vector<int>& targets) {
+  Unlight();
+  for (int k : cells) {
+    if (k < 0 || k > model_.LastPosition) continue;
+    grid_.SetColour(k, CellColour::Highlight);
+    lit_.push_back(k);
+  }
+  for (int k : targets) {
+    if (k < 0 || k > model_.LastPosition) continue;
+    grid_.SetColour(k, CellColour::Target);
+    lit_.push_back(k);
+  }
+}
+
+void CoachController::Unlight() {
+  for (int k : lit_) grid_.SetColour(k, CellColour::Normal);
+  lit_.clear();
+}
+
+std::string CoachController::HintKey() const {
+  std::string key = SaveCandidates(model_);
+  for (int k = 0; k <= model_.LastPosition; ++k) key += std::to_string(state_.Marks[k]) + ",";
+  return key;
+}
+
+void CoachController::NextStep() {
+  if (model_.SolverBusy || model_.StepMode != 0) return;
+  const std::string key = HintKey();
+  if (hintLevel_ == 0 || key != hintKey_) {
+    const SolutionPath path = FindSolutionPath(PathStart(model_, &state_));
+    if (path.steps.empty()) {
+      Unlight();
+      hintLevel_ = 0;
+      port_.SetStatusLine(path.solved ? "Nothing is left to deduce: the grid is complete"
+                                      : "No step is found from here: the rest needs a search");
+      return;
+    }
+    hintStep_ = path.steps.front();
+    hintKey_ = key;
+    hintLevel_ = 0;
+  }
+  ++hintLevel_;
+  if (hintLevel_ == 1) {
+    Light(hintStep_.cells, {});
+    port_.SetStatusLine("Hint: " + VagueHint(model_, hintStep_));
+    return;
+  }
+  if (hintLevel_ == 2) {
+    Light(hintStep_.cells, ChangedCells(hintStep_));
+    port_.SetStatusLine("Step: " + hintStep_.technique + ": " + Cp1252ToUtf8(hintStep_.text));
+    return;
+  }
+  const PathStep step = hintStep_;
+  const bool taken = ApplyStep(state_, model_, port_, step.placed, step.removed);
+  Changed();
+  hintKey_.clear();
+  port_.SetStatusLine(taken ? "Made: " + step.technique + ": " + Cp1252ToUtf8(step.text)
+                            : "The step does not fit the digits entered: check them (Solve \u2192 Check My Digits)");
+}
+
+void CoachController::ShowPathStep(int index) {
+  if (panel_ == nullptr || !panel_->HasPath() || index < 0 ||
+      index >= static_cast<int>(panel_->Path().steps.size())) {
+    if (shownStep_ >= 0) {
+      shownStep_ = -1;
+      Unlight();
+      port_.RedrawGrid();
+    }
+    return;
+  }
+  const PathStep& step = panel_->Path().steps[static_cast<std::size_t>(index)];
+  shownStep_ = index;
+  for (int k = 0; k <= model_.LastPosition && k < static_cast<int>(step.after.size()); ++k) {
+    port_.ShowCellText(k, step.after[static_cast<std::size_t>(k)]);
+  }
+  Light(step.cells, ChangedCells(step));
+}
+
+void CoachController::RecomputePath() {
+  if (panel_ == nullptr) return;
+  panel_->ShowComputing();
+  const int generation = ++pathGeneration_;
+  PuzzleModel start = PuzzleStart(model_, state_);
+  pathJob_.Run([this, generation, start = std::move(start)](const std::atomic<bool>& cancel) {
+    SolutionPath path = FindSolutionPath(start, &cancel);
+    if (cancel.load()) return;
+    QMetaObject::invokeMethod(
+        this,
+        [this, generation, path = std::move(path)] {
+          if (generation == pathGeneration_) panel_->ShowPath(path);
+        },
+        Qt::QueuedConnection);
+  });
+}
 
 bool CoachController::eventFilter(QObject* watched, QEvent* event) {
-  if (model_.StepMode != 0 && (event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride)) {
+  if ((event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride) && model_.StepMode != 0) {
     const auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier) {
       if (event->type() == QEvent::KeyPress) model_.StepGo = -1;

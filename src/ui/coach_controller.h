@@ -8,18 +8,22 @@
 #include <vector>
 
 #include "commands/coach_state.h"
+#include "commands/solution_path.h"
+#include "ui/background_job.h"
 #include "core/puzzle_model.h"
 #include "core/window_port.h"
 
 class QAction;
 class QActionGroup;
 class QKeyEvent;
+class QMainWindow;
 class QMenu;
 class QMenuBar;
 
 namespace qm::ui {
 
 class GridWidget;
+class PathPanel;
 
 class CoachController : public QObject {
   Q_OBJECT
@@ -29,8 +33,19 @@ class CoachController : public QObject {
 
   CoachState& State() { return state_; }
 
-  // Adds the coaching entries to the menus "Quillmere", "Edit" and "Solve".
-  void AddMenus(QMenuBar& bar);
+  // Adds the coaching entries to the menus "Quillmere", "Edit" and "Solve", the Next Step
+  // button and the solution-path panel.
+  void Install(QMainWindow& window);
+
+  // Solve -> "Next Step": the first press names the technique and where to look, the
+  // second gives the step's sentence, the third makes the step (undoable).
+  void NextStep();
+  int HintLevel() const { return hintLevel_; }
+  PathPanel* Panel() const { return panel_; }
+  // Shows the grid after step `index` of the panel's path (-1: the grid as it is).
+  void ShowPathStep(int index);
+  // The shown puzzle's grade and path are worked out again (in the background).
+  void RecomputePath();
 
   // The player's entries; true when the model took them.
   bool CellChoice(int p, const std::string& choice);
@@ -56,8 +71,12 @@ class CoachController : public QObject {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  void AddMenus(QMenuBar& bar);
   void Changed();
   void RebuildHighlightMenu();
+  void Light(const std::vector<int>& cells, const std::vector<int>& targets);
+  void Unlight();
+  std::string HintKey() const;
 
   PuzzleModel& model_;
   WindowPort& port_;
@@ -68,6 +87,14 @@ class CoachController : public QObject {
   QMenu* highlightMenu_ = nullptr;
   QActionGroup* highlightGroup_ = nullptr;
   std::vector<QAction*> highlightEntries_;
+  PathPanel* panel_ = nullptr;
+  BackgroundJob pathJob_;
+  int pathGeneration_ = 0;
+  int shownStep_ = -1;
+  std::vector<int> lit_;
+  int hintLevel_ = 0;
+  std::string hintKey_;
+  PathStep hintStep_;
 };
 
 // Shift with a digit key: the digit (1..9), whatever the keyboard layout sends as text;

@@ -107,6 +107,11 @@ MainWindow::MainWindow(std::string appDir, QWidget* parent) : QMainWindow(parent
 
 MainWindow::~MainWindow() {
   while (busyDepth_ > 0) SetBusy(false);
+  // The coach filters the application's events and works in the background: it goes
+  // before the model it reads.
+  grid_->SetCoach(nullptr);
+  delete coach_;
+  coach_ = nullptr;
 }
 
 void MainWindow::BuildPanel() {
@@ -320,7 +325,7 @@ void MainWindow::BuildMenus() {
   AddAction(print, "mnuprintcurrent", "Current Puzzle", [this] { PrintCurrent(); });
   AddAction(print, "mnuprintfile", "Puzzles from File", [this] { PrintFromFile(); });
   AddCancel(print, "mnucan");
-  coach_->AddMenus(*menuBar());
+  coach_->Install(*this);
   DecorateMenus(*menuBar(), [this](const QString& name) { return IsToggleOn(name); });
 }
 
