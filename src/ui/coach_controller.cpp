@@ -4,6 +4,7 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QListWidget>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
@@ -198,6 +199,16 @@ bool CoachController::HandleKey(const QKeyEvent& event) {
     return true;
   }
   if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return false;
+  // Page Up and Page Down walk the solution path from anywhere in the window.
+  if ((event.key() == Qt::Key_PageUp || event.key() == Qt::Key_PageDown) && panel_ != nullptr &&
+      panel_->isVisible() && panel_->HasPath()) {
+    QListWidget* steps = panel_->Steps();
+    const int last = static_cast<int>(panel_->Path().steps.size()) - 1;
+    const int row = event.key() == Qt::Key_PageDown ? std::min(steps->currentRow() + 1, last)
+                                                    : std::max(steps->currentRow() - 1, 0);
+    steps->setCurrentRow(row);
+    return true;
+  }
   if (event.key() == Qt::Key_P) {
     SetPencilMode(!state_.PencilMode);
     return true;

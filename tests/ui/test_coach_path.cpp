@@ -139,6 +139,13 @@ class CoachPathTest : public QObject {
     matches(1);
     QTest::keyClick(list, Qt::Key_End);
     matches(list->count() - 1);
+    // Page Up and Page Down do the same wherever the focus is.
+    f_->window->Grid()->setFocus();
+    QTest::keyClick(f_->window.get(), Qt::Key_PageUp);
+    matches(list->count() - 2);
+    QTest::keyClick(f_->window.get(), Qt::Key_PageDown);
+    QTest::keyClick(f_->window.get(), Qt::Key_PageDown);
+    matches(list->count() - 1);
     // The last step leaves the solution.
     for (int k = 0; k <= Model().LastPosition; ++k) {
       if (qm::IsCell(Model(), k)) QCOMPARE(path.steps.back().after[static_cast<std::size_t>(k)], Model().SolutionText[k]);
@@ -146,6 +153,7 @@ class CoachPathTest : public QObject {
 
     // Copied as text: the grade, then one numbered line per step.
     QApplication::clipboard()->clear();
+    list->setFocus();
     QTest::keyClick(list, Qt::Key_C, Qt::ControlModifier);
     const QStringList lines = QApplication::clipboard()->text().split('\n', Qt::SkipEmptyParts);
     QCOMPARE(lines.size(), static_cast<int>(path.steps.size()) + 1);
