@@ -371,6 +371,11 @@ bool MainWindow::StartOnPuzzle(const QString& number) {
 
 void MainWindow::ApplyScheme() {
   const auto& c = colours_.colour;
+  // Dialogs, message boxes and the window's own bars and panels follow the scheme too.
+  // The style sheet takes the palette as it finds it, so the palette comes first.
+  const QPalette palette = SchemePalette(colours_);
+  QApplication::setPalette(palette);
+  setPalette(palette);
   setStyleSheet(QStringLiteral(
                     "QMainWindow, #Frame1, QStatusBar { background: %1; color: %6; }"
                     "QLabel { color: %6; }"
@@ -383,8 +388,6 @@ void MainWindow::ApplyScheme() {
                     "#pb, #StatusLine { color: %7; }")
                     .arg(Css(c[kGridColour]), Css(c[kCellColour]), Css(c[kButtonColour]), Css(c[kHighlightColour]),
                          Css(c[kBorderColour]), Css(c[kTextColour]), Css(c[kStatusColour])));
-  // Dialogs and message boxes follow the scheme too.
-  QApplication::setPalette(SchemePalette(colours_));
   grid_->update();
 }
 

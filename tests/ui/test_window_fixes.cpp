@@ -55,6 +55,13 @@ class WindowFixesTest : public QObject {
         QVERIFY2(ratio >= qm::kMinimumTextContrast, qPrintable(QString("%1: role %2").arg(scheme.c_str()).arg(text)));
       }
       QCOMPARE(FromQColor(p.color(QPalette::Window)), c[qm::kGridColour]);
+      // So do the window's own lists and bars.
+      for (const char* name : {"PathSteps", "CoachToolBar"}) {
+        auto* widget = window.findChild<QWidget*>(name);
+        QVERIFY2(widget != nullptr, name);
+        QCOMPARE(FromQColor(widget->palette().color(QPalette::Base)), c[qm::kCellColour]);
+        QCOMPARE(FromQColor(widget->palette().color(QPalette::WindowText)), c[qm::kTextColour]);
+      }
       const double disabled = qm::ContrastRatio(FromQColor(p.color(QPalette::Disabled, QPalette::WindowText)),
                                                 FromQColor(p.color(QPalette::Disabled, QPalette::Window)));
       QVERIFY2(disabled >= qm::kMinimumTextContrast, scheme.c_str());
