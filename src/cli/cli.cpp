@@ -15,6 +15,7 @@ int RunCli(int argc, const char* const* argv, std::ostream& out, std::ostream& e
   RegisterCollectionCommands(app, commands, json);
   RegisterExportCommands(app, commands, json);
   RegisterCreateCommands(app, commands, json);
+  RegisterReasonCommands(app, commands, json);
 
   try {
     app.parse(argc, argv);

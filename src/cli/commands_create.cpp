@@ -1,6 +1,7 @@
 // create: batch creation as the "Multiple Puzzles" command runs it, after the creation
 // dialog's own validation.
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <charconv>
 #include <cstdint>
@@ -13,6 +14,7 @@
 #include "generator/batch_creation.h"
 #include "generator/create_puzzle.h"
 #include "generator/creation_options.h"
+#include "reasoning/ladder.h"
 
 namespace qm::cli {
 
@@ -28,7 +30,14 @@ struct CreateArgs {
   std::optional<std::uint64_t> seed;
   int jobs = 1;
   std::string stamp;
+  int minGrade = 0;
+  int maxGrade = reasoning::kTopRung;
 };
+
+// Keeps to the grade range, but never forever: a range the size and clue rule cannot
+// reach would make puzzles without end, so past this many refusals in a row every
+// puzzle is kept and the command says the range was not met.
+constexpr long kMaxGradeRefusals = 2000;
 
 std::string Lower(std::string_view text) {
   std::string lower(text);
@@ -119,7 +128,19 @@ int PrintDisplayed(Output& output, PuzzleModel& model, const CreatedPuzzle& puzz
   return kExitOk;
 }
 
+// A grade level by number or by name ("tough"), as the option's value.
+std::string GradeLevelOption(std::string& value) {
+  for (int level = 1; level <= reasoning::kTopRung; ++level) {
+    if (value == std::to_string(level) || Lower(value) == Lower(reasoning::RungName(level))) {
+      value = std::to_string(level);
+      return "";
+    }
+  }
+  return "grade level must be 1.." + std::to_string(reasoning::kTopRung) + " or a grade name";
+}
+
 int RunCreate(Output& output, const CreateArgs& args) {
+  if (args.minGrade > args.maxGrade) throw UsageError{"--min-grade is above --max-grade"};
   if (args.display && args.count != 1) throw UsageError{"--display makes one puzzle: --count must be 1"};
   if (!args.display && args.out.empty()) throw UsageError{"--out FILE is required unless --display is given"};
 
@@ -140,6 +161,22 @@ int RunCreate(Output& output, const CreateArgs& args) {
   BatchOptions batch;
   batch.stamp = Utf8ToCp1252(args.stamp);
   batch.jobs = args.jobs;
+  const bool graded = args.minGrade > 0 || args.maxGrade < reasoning::kTopRung;
+  auto refusals = std::make_shared<std::atomic<long>>(0);
+  auto outside = std::make_shared<std::atomic<int>>(0);
+  if (graded) {
+    batch.accept = [&args, refusals, outside](const PuzzleModel& puzzle) {
+      const int level = reasoning::ExplainModel(puzzle).grade.level;
+      if (level >= args.minGrade && level <= args.maxGrade) {
+        refusals->store(0);
+        return true;
+      }
+      if (refusals->fetch_add(1) < kMaxGradeRefusals) return false;
+      ++*outside;
+      return true;
+    };
+    batch.titleNote = [](const PuzzleModel& puzzle) { return reasoning::ExplainModel(puzzle).grade.name; };
+  }
   const BatchResult result = CreatePuzzles(model, port, generator, validation.settings, batch);
   if (args.display && !result.puzzles.empty()) return PrintDisplayed(output, model, result.puzzles.front(), result);
 
@@ -148,6 +185,11 @@ int RunCreate(Output& output, const CreateArgs& args) {
                       {"message", result.message},
                       {"puzzles", PuzzleListJson(result)}};
   if (result.writeFailed) return Fail(output, port.messages.front(), known);
+  if (*outside > 0) {
+    return Fail(output, "The grade range was not met: " + std::to_string(outside->load()) +
+                            " puzzles lie outside it (no puzzle within it came in " +
+                            std::to_string(kMaxGradeRefusals) + " tries)", known);
+  }
   if (output.json) {
     PrintJson(output, known);
     return kExitOk;
@@ -182,6 +224,10 @@ void RegisterCreateCommands(CLI::App& app, CommandList& commands, bool& json) {
   create->add_option("--out", args->out, "Collection file to append to (required without --display)");
   create->add_option("--seed", args->seed, "Seed of the random generator: the same request writes the same puzzles")
       ->check(CLI::NonNegativeNumber);
+  create->add_option("--min-grade", args->minGrade, "Keep only puzzles graded at least this (1..8 or a grade name)")
+      ->transform(CLI::Validator(GradeLevelOption, "LEVEL"));
+  create->add_option("--max-grade", args->maxGrade, "Keep only puzzles graded at most this (1..8 or a grade name)")
+      ->transform(CLI::Validator(GradeLevelOption, "LEVEL"));
   create->add_option("--jobs", args->jobs, "Worker threads (default 1); the file is the same for any number")
       ->check(CLI::Range(1, 64));
   create->add_option("--stamp", args->stamp,

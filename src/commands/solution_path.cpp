@@ -3,28 +3,11 @@
 #include <algorithm>
 #include <sstream>
 
-#include "core/headless_port.h"
-#include "core/rule_checks.h"
-#include "solver/candidates.h"
-#include "solver/solve_driver.h"
+#include "reasoning/ladder.h"
 
 namespace qm {
 
 namespace {
-
-struct Rung {
-  const char* prefix;  // how the step's line starts
-  const char* name;
-  int level;
-};
-
-// The six techniques, easiest first, told apart by the start of their lines.
-constexpr Rung kRungs[] = {{"Remove single values", "Naked single", 1},
-                           {"N1>N2", "Sign bounds", 2},
-                           {"Cell has unique candidate", "Hidden single", 3},
-                           {"Row", "Naked subset", 4},
-                           {"Col", "Naked subset", 4}};
-constexpr const char* kLevelNames[] = {"Solved", "Very easy", "Easy", "Medium", "Hard"};
 
 bool IsDigitText(const std::string& text) { return text.size() == 1 && text[0] >= '1' && text[0] <= '9'; }
 
@@ -61,60 +44,37 @@ PuzzleModel PuzzleStart(const PuzzleModel& model, const CoachState& coach) {
 }
 
 SolutionPath FindSolutionPath(const PuzzleModel& start, const std::atomic<bool>* cancel) {
+  reasoning::ExplainOptions options;
+  options.cancel = cancel;
+  options.keepGrids = true;
+  const reasoning::Explanation result = reasoning::Explain(reasoning::GridFromModel(start), options);
+  const int n = start.GridSize;
+  auto position = [&](int cell) { return CellPosition(start, cell / n + 1, cell % n + 1); };
   SolutionPath path;
-  PuzzleModel model = start;
-  PrepareCandidates(model);
-  model.StepMode = -1;
-  HeadlessPort port;
-  auto closePrevious = [&] {
-    if (!path.steps.empty() && path.steps.back().after.empty()) path.steps.back().after = Texts(model);
-  };
-  port.onStep = [&](const SolveStep& step) {
-    closePrevious();
+  PuzzleModel shown = start;
+  for (std::size_t i = 0; i < result.steps.size(); ++i) {
+    const reasoning::Step& step = result.steps[i];
     PathStep s;
-    s.text = step.line;
-    for (const Rung& rung : kRungs) {
-      if (s.technique.empty() && step.line.starts_with(rung.prefix)) {
-        s.technique = rung.name;
-        s.level = rung.level;
-      }
+    s.technique = step.technique;
+    s.level = step.level;
+    s.text = step.text;
+    for (int c : step.cells) s.cells.push_back(position(c));
+    for (const auto& [c, d] : step.placed) s.placed.emplace_back(position(c), d);
+    for (const auto& [c, m] : step.removed) {
+      std::string digits;
+      masks::ForEachDigit(m, [&](int d) { digits += static_cast<char>('0' + d); });
+      s.removed.emplace_back(position(c), digits);
     }
-    if (s.technique.empty()) s.technique = "Deduction";
-    const std::string& before = model.PosText[step.target];
-    if (IsDigitText(step.text) && before != step.text) {
-      s.placed.emplace_back(step.target, step.text[0] - '0');
-    } else {
-      std::string gone;
-      for (char c : before) {
-        if (step.text.find(c) == std::string::npos) gone += c;
-      }
-      if (!gone.empty()) s.removed.emplace_back(step.target, gone);
-    }
-    for (int i = 1; i <= model.LayoutExtent; i += 2) {
-      if (step.row > 0) s.cells.push_back(model.PositionOf[step.row][i]);
-      if (step.col > 0) s.cells.push_back(model.PositionOf[i][step.col]);
-    }
-    if (step.second >= 0) s.cells.push_back(step.second);
-    s.cells.push_back(step.target);
+    reasoning::StoreGrid(result.after[i], shown);
+    s.after = Texts(shown);
     path.steps.push_back(std::move(s));
-  };
-  port.onProcessEvents = [&] {
-    if (cancel != nullptr && cancel->load()) model.CancelRequest = kYes;
-  };
-  const SolveOutcome outcome = SolveByLogicOnTexts(model, port);
-  closePrevious();
-  path.cancelled = model.CancelRequest == kYes;
-  path.solved = outcome.status == kSolved;
-  int top = 0;
-  double score = 0;
-  for (const PathStep& step : path.steps) {
-    top = std::max(top, step.level);
-    score += step.level;
   }
-  path.grade.needsSearch = !path.solved;
-  path.grade.level = path.solved ? top : 5;
-  path.grade.name = path.solved ? kLevelNames[std::min(top, 4)] : "Needs search";
-  path.grade.score = score;
+  path.cancelled = result.cancelled;
+  path.solved = result.solved;
+  path.grade.level = result.grade.level;
+  path.grade.name = result.grade.name;
+  path.grade.score = result.grade.score;
+  path.grade.needsSearch = result.grade.needsSearch;
   return path;
 }
 

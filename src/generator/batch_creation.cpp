@@ -28,6 +28,7 @@ struct BatchPlan {
   std::uint64_t base = 0;
   int clueSpec = kCluesByLevel;
   int level = 3;
+  std::function<bool(const PuzzleModel&)> accept;
 };
 
 std::string SizeText(int n) { return std::to_string(n) + "x" + std::to_string(n); }
@@ -67,7 +68,7 @@ bool MakeBatchPuzzle(PuzzleModel& model, WindowPort& port, Generator& generator,
     port.RedrawGrid();
     ShowPuzzleProgress(port, plan, i, n);
     if (model.CancelRequest == kYes) return false;
-    if (CreatePuzzle(model, port, generator) == kSolved) return true;
+    if (CreatePuzzle(model, port, generator) == kSolved && (!plan.accept || plan.accept(model))) return true;
   }
 }
 
@@ -229,7 +230,8 @@ BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& gener
                        settings.displayOne ? "" : "Output File: " + settings.outputFile,
                        model.Random(),
                        settings.clueSpec,
-                       settings.level};
+                       settings.level,
+                       options.accept};
   const bool displayOnly = count == 1 && settings.displayOne;
 
   model.CancelRequest = kNo;
@@ -255,7 +257,11 @@ BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& gener
       break;
     }
     port.SetStatusLine("New Puzzle" + PuzzleFacts(model, generator));
-    const std::string title = Trim(settings.title).empty() ? AutoTitle(generator.LevelCode, stamp) : settings.title;
+    std::string title = Trim(settings.title).empty() ? AutoTitle(generator.LevelCode, stamp) : settings.title;
+    if (Trim(settings.title).empty() && options.titleNote) {
+      const std::string note = options.titleNote(model);
+      if (!note.empty()) title += " " + note;
+    }
     CreatedPuzzle created{0, model.GridSize, generator.SignCount, CountClues(model), generator.LevelCode, title};
 
     if (displayOnly) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,11 @@ struct BatchOptions {
   // stream whatever the number of workers, and is written in order, so the file does
   // not depend on it.
   int jobs = 1;
+  // When set, a finished puzzle it refuses is made again from the same stream, and the
+  // creation test of each attempt stays as it is. Called from the worker threads.
+  std::function<bool(const PuzzleModel&)> accept;
+  // When set, its text (if any) follows the automatic title after a blank.
+  std::function<std::string(const PuzzleModel&)> titleNote;
 };
 
 struct CreatedPuzzle {

@@ -1,0 +1,239 @@
+// The technique ladder: each rung on a grid built for it, every step against the true
+// solution on random unique puzzles, and the ladder against the six techniques.
+#include "reasoning/ladder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+#include <random>
+
+#include "core/collection_file.h"
+#include "core/headless_port.h"
+#include "generator/create_puzzle.h"
+#include "solver/solution_search.h"
+#include "support/test_grids.h"
+
+namespace qm::reasoning {
+namespace {
+
+DigitMask MaskOf(const std::string& digits) {
+  DigitMask m = 0;
+  for (char c : digits) m |= masks::Bit(c - '0');
+  return m;
+}
+
+// The grid of layout rows (digits, signs, "." for empty) with some cells' candidates
+// given as lists, row-major.
+Grid Built(const std::vector<std::string>& rows, const std::vector<std::string>& cells = {}) {
+  PuzzleModel model = test::Grid(rows);
+  if (!cells.empty()) test::SetCells(model, cells);
+  return GridFromModel(model);
+}
+
+bool Removes(const Step& step, int cell, const std::string& digits) {
+  return std::any_of(step.removed.begin(), step.removed.end(),
+                     [&](const auto& r) { return r.first == cell && r.second == MaskOf(digits); });
+}
+
+TEST(Ladder, SinglesPlaceADigitAndClearItsLines) {
+  Step step;
+  // Row 1 holds 1, 2 and 3: its last cell can only be 4.
+  ASSERT_TRUE(NextStep(Built({"1.2.3..", ".......", ".......", ".......", ".......", ".......", "......."}), step));
+  EXPECT_EQ(step.technique, "Naked single");
+  EXPECT_EQ(step.level, kSingles);
+  EXPECT_EQ(step.placed, (std::vector<std::pair<int, int>>{{3, 4}}));
+  EXPECT_TRUE(Removes(step, 7, "4"));  // row 2, column 4
+  EXPECT_EQ(step.text, "Row 1, column 4 can only be 4: place it, and 4 leaves the rest of its row and column.");
+
+  // 1 stands in columns 1, 2 and 3 below row 1: in row 1 it fits only in column 4.
+  ASSERT_TRUE(NextStep(Built({".......", ".......", "1......", ".......", "..1....", ".......", "....1.."}), step));
+  EXPECT_EQ(step.technique, "Hidden single");
+  EXPECT_EQ(step.placed, (std::vector<std::pair<int, int>>{{3, 1}}));
+  EXPECT_EQ(step.text, "In row 1, 1 fits only in column 4: place it at row 1, column 4.");
+}
+
+TEST(Ladder, SignsBoundTheirCells) {
+  Step step;
+  // Greater than the 3 to its left: only 4 is left for row 1, column 2.
+  ASSERT_TRUE(TryTechnique(Built({"3<.....", ".......", ".......", ".......", ".......", ".......", "......."}),
+                           "Sign beside a digit", step));
+  EXPECT_EQ(step.level, kSignDigit);
+  EXPECT_TRUE(Removes(step, 1, "12"));
+  EXPECT_EQ(step.text, "Row 1, column 2 must be greater than the 3 to its left: it cannot be 1 or 2.");
+
+  // Three cells rising to the right: the top is at least 3, the bottom at most 2.
+  const Grid chain = Built({".<.<...", ".......", ".......", ".......", ".......", ".......", "......."});
+  ASSERT_TRUE(NextStep(chain, step));
+  EXPECT_EQ(step.technique, "Sign chain");
+  EXPECT_EQ(step.level, kSignBounds);
+  EXPECT_TRUE(Removes(step, 2, "12"));
+  EXPECT_NE(step.text.find("top of a chain of 3 cells"), std::string::npos) << step.text;
+
+  // Row 1, column 1 holds 2 or 3 and is greater than its neighbour: that one is at most 2.
+  ASSERT_TRUE(TryTechnique(Built({".>.....", ".......", ".......", ".......", ".......", ".......", "......."},
+                                 {"23", "", "", "", "", "", "", "", "", "", "", "", "", "", "", ""}),
+                           "Sign bounds", step));
+  EXPECT_TRUE(Removes(step, 1, "34"));
+  EXPECT_EQ(step.text,
+            "Row 1, column 2 is less than row 1, column 1, which is at most 3, so it cannot be 3 or 4.");
+}
+
+TEST(Ladder, SubsetsNakedAndHiddenOfEverySize) {
+  const std::vector<std::string> empty4(7, ".......");
+  const std::vector<std::string> empty5(9, ".........");
+  Step step;
+  std::vector<std::string> cells(16, "");
+  cells[0] = cells[1] = "12";
+  ASSERT_TRUE(TryTechnique(Built(empty4, cells), "Naked pair", step));
+  EXPECT_TRUE(Removes(step, 2, "12"));
+  EXPECT_TRUE(Removes(step, 3, "12"));
+  EXPECT_EQ(step.text,
+            "In row 1, columns 1 and 2 can only hold 1 and 2 between them: no other cell of row 1 can hold either.");
+
+  // 4 and 5 fit only in the first two cells of row 1.
+  cells.assign(25, "");
+  cells[2] = cells[3] = cells[4] = "123";
+  const Grid hidden = Built(empty5, cells);
+  EXPECT_FALSE(TryTechnique(hidden, "Naked pair", step));
+  ASSERT_TRUE(TryTechnique(hidden, "Hidden pair", step));
+  EXPECT_TRUE(Removes(step, 0, "123"));
+  EXPECT_EQ(step.text, "In row 1, 4 and 5 fit only in columns 1 and 2: those cells hold nothing else.");
+  ASSERT_TRUE(TryTechnique(hidden, "Naked triple", step));
+  EXPECT_TRUE(Removes(step, 0, "123"));
+
+  // Columns: three cells of column 1 share 1, 2 and 3.
+  cells.assign(25, "");
+  cells[0] = "12";
+  cells[5] = "13";
+  cells[10] = "23";
+  ASSERT_TRUE(TryTechnique(Built(empty5, cells), "Naked triple", step));
+  EXPECT_TRUE(Removes(step, 15, "123"));
+  EXPECT_NE(step.text.find("In column 1, rows 1, 2 and 3"), std::string::npos) << step.text;
+}
+
+TEST(Ladder, FishTakeADigitFromCrossingLines) {
+  Grid grid;
+  grid.n = 4;
+  grid.cand.fill(masks::Full(4));
+  // In rows 1 and 3, 1 fits only in columns 1 and 3.
+  for (int c : {1, 3, 9, 11}) grid.cand[static_cast<std::size_t>(c)] = MaskOf("234");
+  Step step;
+  ASSERT_TRUE(TryTechnique(grid, "X-wing", step));
+  EXPECT_EQ(step.level, kFish);
+  for (int c : {4, 6, 12, 14}) EXPECT_TRUE(Removes(step, c, "1")) << c;
+  EXPECT_EQ(step.removed.size(), 4u);
+  EXPECT_EQ(step.text,
+            "In rows 1 and 3, 1 fits only in columns 1 and 3: each of those columns gets its 1 there, so 1 leaves "
+            "the rest of columns 1 and 3.");
+  EXPECT_FALSE(TryTechnique(grid, "Swordfish", step));
+}
+
+std::vector<int> RandomSquare(int n, std::mt19937& random) {
+  std::vector<int> rows(static_cast<std::size_t>(n));
+  std::iota(rows.begin(), rows.end(), 0);
+  std::vector<int> cols = rows;
+  std::vector<int> digits(rows.size());
+  std::iota(digits.begin(), digits.end(), 1);
+  std::shuffle(rows.begin(), rows.end(), random);
+  std::shuffle(cols.begin(), cols.end(), random);
+  std::shuffle(digits.begin(), digits.end(), random);
+  std::vector<int> square(static_cast<std::size_t>(n * n));
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j) {
+      square[static_cast<std::size_t>(i * n + j)] =
+          digits[static_cast<std::size_t>((rows[static_cast<std::size_t>(i)] + cols[static_cast<std::size_t>(j)]) % n)];
+    }
+  }
+  return square;
+}
+
+// A unique puzzle of random clues and signs read off a random square, or nothing.
+bool RandomUniquePuzzle(std::mt19937& random, int n, PuzzleModel& m, std::vector<int>& square) {
+  SetSize(m, n);
+  square = RandomSquare(n, random);
+  std::uniform_real_distribution<double> unit(0, 1);
+  const double signs = 0.3 + 0.6 * unit(random);
+  const double clues = 0.25 * unit(random);
+  auto value = [&](int k) { return square[static_cast<std::size_t>((m.RowOf[k] - 1) / 2 * n + (m.ColOf[k] - 1) / 2)]; };
+  for (int k = 0; k <= m.LastPosition; ++k) {
+    const PositionKind kind = KindOf(m, k);
+    if (kind == PositionKind::Cell && unit(random) < clues) m.PosText[k] = std::to_string(value(k));
+    if ((kind == PositionKind::HorizontalSign || kind == PositionKind::VerticalSign) && unit(random) < signs) {
+      const bool horizontal = kind == PositionKind::HorizontalSign;
+      const bool rising = value(horizontal ? m.LeftOf[k] : m.UpOf[k]) < value(horizontal ? m.RightOf[k] : m.DownOf[k]);
+      m.PosText[k] = horizontal ? (rising ? "<" : ">") : (rising ? "^" : "v");
+    }
+  }
+  return CountSolutions(m, 2).count == 1;
+}
+
+TEST(Ladder, EveryStepKeepsTheTrueSolution) {
+  std::mt19937 random(99);
+  int puzzles = 0;
+  int finished = 0;
+  std::array<int, kTopRung + 1> rungsSeen{};
+  while (puzzles < 1200) {
+    const int n = 4 + static_cast<int>(random() % 4) + (puzzles % 10 == 0 ? 2 : 0);
+    PuzzleModel m;
+    std::vector<int> square;
+    if (!RandomUniquePuzzle(random, n, m, square)) continue;
+    ++puzzles;
+    const Explanation result = Explain(GridFromModel(m));
+    ASSERT_FALSE(result.broken) << "puzzle " << puzzles;
+    for (const Step& step : result.steps) {
+      ++rungsSeen[static_cast<std::size_t>(step.level)];
+      for (const auto& [cell, digit] : step.placed) {
+        ASSERT_EQ(digit, square[static_cast<std::size_t>(cell)]) << step.technique << ": " << step.text;
+      }
+      for (const auto& [cell, digits] : step.removed) {
+        ASSERT_EQ(digits & masks::Bit(square[static_cast<std::size_t>(cell)]), 0)
+            << step.technique << ": " << step.text;
+      }
+    }
+    finished += result.solved ? 1 : 0;
+  }
+  EXPECT_GE(finished, puzzles * 99 / 100);
+  for (int rung : {kSingles, kSignDigit, kSignBounds, kSubsets}) EXPECT_GT(rungsSeen[static_cast<std::size_t>(rung)], 0);
+}
+
+TEST(Ladder, FinishesWhatTheSixTechniquesFinishAndGrades) {
+  const std::string collection = std::string(QUILLMERE_APP_DIR) + "puzzles.fut";
+  PuzzleModel model;
+  HeadlessPort port;
+  const int count = CountPuzzles(collection);
+  ASSERT_GT(count, 50);
+  for (int i = 1; i <= count; ++i) {
+    ASSERT_FALSE(ReadPuzzle(model, port, collection, i).notFound);
+    const Explanation result = ExplainModel(model);
+    EXPECT_TRUE(result.solved) << "puzzle " << i;
+    EXPECT_GE(result.grade.level, kSingles);
+    EXPECT_LE(result.grade.level, kSubsets);  // the six techniques reach no further
+    EXPECT_EQ(result.grade.name, RungName(result.grade.level));
+  }
+
+  // Created puzzles of every size and level: all finished by the ladder too.
+  PuzzleModel made;
+  SeedRandom(made, 5);
+  Generator generator;
+  generator.ClueSpec = kCluesByLevel;
+  for (int i = 0; i < 24; ++i) {
+    generator.RequestedLevel = 1 + i % 4;
+    do {
+      SetSize(made, 3 + i % 5);
+    } while (CreatePuzzle(made, port, generator) != 99);
+    EXPECT_TRUE(ExplainModel(made).solved) << i;
+  }
+
+  // A grid with two solutions stalls; the search finishes it and says so in the grade.
+  PuzzleModel open;
+  SetSize(open, 4);
+  const Explanation stalled = ExplainModel(open);
+  EXPECT_TRUE(stalled.needsSearch);
+  EXPECT_EQ(stalled.grade.level, kNeedsSearch);
+  EXPECT_EQ(stalled.grade.name, "Needs search");
+  for (int c = 0; c < 16; ++c) EXPECT_TRUE(masks::IsSingle(stalled.final.cand[static_cast<std::size_t>(c)]));
+}
+
+}  // namespace
+}  // namespace qm::reasoning
