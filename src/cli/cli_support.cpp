@@ -1,5 +1,7 @@
 #include "cli/cli_support.h"
 
+#include <limits>
+
 #include <algorithm>
 #include <memory>
 
@@ -43,7 +45,8 @@ CLI::App* AddCommand(CLI::App& app, CommandList& commands,
 
 void AddPuzzleArgs(CLI::App& command, PuzzleArgs& args, bool withSets) {
   command.add_option("FILE", args.file, "Collection file")->required();
-  command.add_option("-n,--puzzle", args.ordinal, "1-based ordinal of the record in the file (default 1)");
+  command.add_option("-n,--puzzle", args.ordinal, "1-based ordinal of the record in the file (default 1)")
+      ->check(CLI::Range(1, std::numeric_limits<int>::max()));
   if (withSets) {
     command.add_option("--set", args.sets, "Set the shown text of position K after loading (repeatable)")
         ->type_name("K=TEXT")
@@ -95,6 +98,8 @@ int Fail(Output& output, const std::string& message, Json known) {
     PrintJson(output, known);
   } else {
     output.err << message << '\n';
+    // A note says why, where the system's own message cannot.
+    if (known.contains("note")) output.err << known["note"].get<std::string>() << '\n';
   }
   return kExitFailed;
 }

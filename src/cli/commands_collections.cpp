@@ -1,5 +1,10 @@
 // sort, append, delete, backup and copy: the collection commands, answering Yes to
 // their questions.
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -9,6 +14,8 @@
 #include "cli/commands.h"
 #include "collections/collection_commands.h"
 #include "collections/sort_file.h"
+#include "core/collection_file.h"
+#include "core/text_file.h"
 
 namespace qm::cli {
 
@@ -23,13 +30,40 @@ struct SortArgs {
   std::optional<std::uint64_t> seed;
 };
 
+// A numeric START must leave room for every record's number in an int.
+void CheckResequenceStart(const SortArgs& args) {
+  if (!args.start) return;
+  const std::string& text = *args.start;
+  long long start = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), start);
+  if (error == std::errc::invalid_argument || end != text.data() + text.size()) return;  // the dialog's own check
+  const long long last = start + std::max(0, CountPuzzles(args.input)) - 1;
+  if (error == std::errc::result_out_of_range || last > std::numeric_limits<int>::max()) {
+    throw UsageError{"--resequence: record numbers from " + text + " would not fit (largest " +
+                     std::to_string(std::numeric_limits<int>::max()) + ")"};
+  }
+}
+
 int RunSort(Output& output, const SortArgs& args) {
+  CheckResequenceStart(args);
   PuzzleModel model;
   if (args.seed) SeedRandom(model, *args.seed);
   HeadlessPort port;
   SortRequest request{args.input, args.output, args.by, args.order, args.start.has_value(), args.start.value_or(""), {}};
   const SortOutcome outcome = SortPuzzleFile(model, port, request);
-  return ReportCommand(output, outcome.result, port, {{"count", outcome.count}});
+  return ReportCommand(output, outcome.result, port, WithNote({{"count", outcome.count}}, args.input));
+}
+
+// The commands' own failure messages name the file written; when the real trouble is the
+// source, a note says so.
+Json SourceNote(const std::string& source) {
+  if (IsRegularFile(source) && ::access(source.c_str(), R_OK) == 0) return Json::object();
+  return {{"note", "The source file cannot be read: " + source}};
+}
+
+Json WithNote(Json fields, const std::string& source) {
+  fields.update(SourceNote(source));
+  return fields;
 }
 
 // The file a command names, refused when empty (the window would have ended silently).
@@ -55,7 +89,8 @@ void AddSort(CLI::App& app, CommandList& commands, bool& json) {
       ->required()
       ->transform(CLI::CheckedTransformer(orders));
   command->add_option("--resequence", args->start, "Renumber the records from START")->type_name("START");
-  command->add_option("--seed", args->seed, "Seed of the random order, for a reproducible run");
+  command->add_option("--seed", args->seed, "Seed of the random order, for a reproducible run")
+      ->check(CLI::NonNegativeNumber);
 }
 
 void AddAppend(CLI::App& app, CommandList& commands, bool& json) {
@@ -92,7 +127,7 @@ void AddBackupAndCopy(CLI::App& app, CommandList& commands, bool& json) {
                HeadlessPort port;
                model.CurrentFile = backup->file;
                const std::string name = BackupName(backup->file);
-               return ReportCommand(output, mnubackup(model, port), port, {{"file", name}});
+               return ReportCommand(output, mnubackup(model, port), port, WithNote({{"file", name}}, backup->file));
              })
       ->add_option("FILE", backup->file, "Collection file")
       ->required();
@@ -105,7 +140,7 @@ void AddBackupAndCopy(CLI::App& app, CommandList& commands, bool& json) {
                                    model.CurrentFile = copy->file;
                                    port.fileAnswers.push_back(Named(copy->destination, "DEST"));
                                    return ReportCommand(output, mnusaveas(model, port), port,
-                                                        {{"file", copy->destination}});
+                                                        WithNote({{"file", copy->destination}}, copy->file));
                                  });
   command->add_option("FILE", copy->file, "Collection file")->required();
   command->add_option("DEST", copy->destination, "The copy")->required();

@@ -10,6 +10,7 @@
 
 #include "cli/cli_support.h"
 #include "cli/commands.h"
+#include "core/collection_file.h"
 #include "core/text_rules.h"
 #include "generator/batch_creation.h"
 #include "generator/create_puzzle.h"
@@ -96,9 +97,9 @@ std::string CheckSize(const std::string& size) {
 
 // A comma or a line break in a comment spoils the record when it is read back.
 std::string CheckCommentText(const std::string& text) {
-  return text.find_first_of(",\r\n") == std::string::npos
-             ? ""
-             : "a comma or a line break would cut the record's comment short";
+  if (text.find_first_of(",\r\n") != std::string::npos) return "a comma or a line break would cut the record's comment short";
+  if (CommentLooksLikeRecord(text)) return std::string(kCommentRecordMessage);
+  return "";
 }
 
 Json PuzzleListJson(const BatchResult& result) {

@@ -52,6 +52,14 @@ int RunExport(Output& output, const ExportArgs& args) {
     std::vector<std::string> directories = DefaultTemplateDirectories(model);
     if (!args.templateDirectory.empty()) directories.front() = args.templateDirectory;
     result = SaveHtmlFile(model, port, directories);
+    if (result != CommandResult::Done && (model.GridSize < 3 || model.GridSize > 5)) {
+      const std::string size = std::to_string(model.GridSize) + "x" + std::to_string(model.GridSize);
+      return ReportCommand(output, result, port,
+                           {{"file", args.out},
+                            {"note", "There is no HTML template for a " + size +
+                                         " puzzle: templates exist for 3x3, 4x4 and 5x5 only (export txt or xls "
+                                         "instead)"}});
+    }
   }
   return ReportCommand(output, result, port, {{"file", args.out}});
 }

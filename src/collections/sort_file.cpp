@@ -136,7 +136,8 @@ SortOutcome SortPuzzleFile(PuzzleModel& model, WindowPort& port, const SortReque
             [](const SortEntry& a, const SortEntry& b) { return a.sortText < b.sortText; });
   if (request.Option2 == kSortDescending) std::reverse(entries.begin(), entries.end());
 
-  int number = std::max(1, IntegerValue(request.start));
+  // Wide enough that a start near the top of int cannot wrap to "#0".
+  long long number = std::max(1, IntegerValue(request.start));
   TextBuilder out;
   for (SortEntry& entry : entries) {
     if (resequence) entry.lines[0] = "#" + std::to_string(number++);

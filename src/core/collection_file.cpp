@@ -117,6 +117,8 @@ int CountSigns(const PuzzleModel& model) {
 
 }  // namespace
 
+bool CommentLooksLikeRecord(std::string_view comment) { return !comment.empty() && comment[0] == '#'; }
+
 int CountPuzzles(const std::string& path) {
   const auto length = FileLength(path);
   if (!length || *length == 0) return 0;

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "core/puzzle_model.h"
 #include "core/text_file.h"
@@ -39,6 +40,12 @@ struct ReadResult {
 // grid. A missing record, a size outside 3..9 or any read failure leaves the grid empty
 // and reports notFound; the file is only ever read.
 ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& path, int n);
+
+// A comment that begins with "#" would read back as a record line and shift every
+// record after it: titles and descriptions are refused with this message.
+bool CommentLooksLikeRecord(std::string_view comment);
+inline constexpr std::string_view kCommentRecordMessage =
+    "a title or description may not begin with \"#\": it would read back as the start of a new record";
 
 // The message every command shows when puzzle n cannot be read from `path`.
 std::string ReadErrorMessage(int n, const std::string& path);

@@ -13,10 +13,11 @@ namespace qm {
 using FileWriter = std::function<bool(const std::string& path)>;
 
 // Gives `target` new content through `write`, which is handed the path to write to.
-// A regular (or missing) target is written through a scratch file in its directory
-// and replaced in one step; the target keeps its permissions. Something that is not a
-// regular file (a device such as /dev/full) is written directly. False when the write
-// failed or the target is not writable; the target is then as it was before.
+// A regular (or missing) target is written through a scratch file in its directory,
+// synced, and renamed over it in one step (the folder synced after); the target keeps
+// its permissions. False when the write failed, no scratch file can be made, or the
+// target is not a writable regular file; the target is then byte for byte as before.
+// Scratch files that killed commands left in the folder are removed on the way.
 bool ReplaceFile(const std::string& target, const FileWriter& write);
 
 // ReplaceFile with the given bytes.

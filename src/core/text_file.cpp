@@ -1,6 +1,8 @@
 #include "core/text_file.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -12,13 +14,29 @@ namespace {
 
 constexpr std::size_t kReadChunk = 1 << 16;
 
-bool WriteFile(const std::string& path, std::string_view bytes, const char* mode) {
-  std::FILE* file = std::fopen(path.c_str(), mode);
-  if (file == nullptr) return false;
-  bool ok = bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-  ok = std::fflush(file) == 0 && ok;
-  ok = std::fclose(file) == 0 && ok;
-  return ok;
+// Writes all bytes through fd, then forces them to the disk: a write is only done once
+// the data would survive a crash.
+bool WriteAllAndSync(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t wrote = ::write(fd, bytes.data(), bytes.size());
+    if (wrote < 0 && errno == EINTR) continue;
+    if (wrote <= 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(wrote));
+  }
+  return ::fsync(fd) == 0;
+}
+
+// Only regular files (or new ones) are written: a FIFO would block the command and a
+// device is no collection. O_NONBLOCK makes opening a FIFO fail instead of wait.
+int OpenRegularForWriting(const std::string& path, int flags) {
+  const int fd = ::open(path.c_str(), flags | O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
+  if (fd < 0) return -1;
+  struct stat info {};
+  if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+    ::close(fd);
+    return -1;
+  }
+  return fd;
 }
 
 }  // namespace
@@ -33,6 +51,9 @@ std::optional<std::uintmax_t> FileLength(const std::string& path) {
 }
 
 LineReader::LineReader(const std::string& path) {
+  // Never open a FIFO or a device: the one would wait for a writer, the other (such as
+  // /dev/zero) never ends.
+  if (!IsRegularFile(path)) return;
   std::FILE* file = std::fopen(path.c_str(), "rb");
   if (file == nullptr) return;
   struct stat info {};
@@ -88,11 +109,29 @@ TextBuilder& TextBuilder::Line(std::string_view text) {
 }
 
 bool AppendToFile(const std::string& path, std::string_view bytes) {
-  return WriteFile(path, bytes, "ab");
+  const bool existed = IsRegularFile(path);
+  const int fd = OpenRegularForWriting(path, O_APPEND);
+  if (fd < 0) return false;
+  struct stat info {};
+  const bool measured = ::fstat(fd, &info) == 0;
+  bool ok = measured && WriteAllAndSync(fd, bytes);
+  // The record goes in whole or not at all: a cut record would glue itself to the next.
+  if (!ok && measured && ::ftruncate(fd, info.st_size) == 0) ::fsync(fd);
+  ok = ::close(fd) == 0 && ok;
+  if (!ok && !existed) ::unlink(path.c_str());
+  return ok;
 }
 
 bool WriteWholeFile(const std::string& path, std::string_view bytes) {
-  return WriteFile(path, bytes, "wb");
+  const int fd = OpenRegularForWriting(path, O_TRUNC);
+  if (fd < 0) return false;
+  const bool ok = WriteAllAndSync(fd, bytes);
+  return ::close(fd) == 0 && ok;
+}
+
+bool IsRegularFile(const std::string& path) {
+  struct stat info {};
+  return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
 std::string ApplicationDirectory() {

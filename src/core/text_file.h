@@ -15,7 +15,7 @@ namespace qm {
 std::optional<std::uintmax_t> FileLength(const std::string& path);
 
 // Reads a file line by line, read-only. A file that cannot be opened (missing, a
-// directory, no permission) reads as empty with IsOpen() false.
+// directory, a FIFO or device, no permission) reads as empty with IsOpen() false.
 class LineReader {
  public:
   explicit LineReader(const std::string& path);
@@ -50,11 +50,14 @@ class TextBuilder {
   std::string text_;
 };
 
-// Appends bytes to a file, creating it when missing. False on any failure; what was
-// written before the failure stays.
+// Appends bytes to a regular file, creating it when missing, and syncs them. False on
+// any failure, and then the file is cut back to its old length (a new file is removed):
+// the bytes go in whole or not at all.
 bool AppendToFile(const std::string& path, std::string_view bytes);
-// Replaces a file's content with bytes. False on any failure.
+// Replaces a regular file's content with bytes, synced. False on any failure.
 bool WriteWholeFile(const std::string& path, std::string_view bytes);
+// True for an existing regular file (not a folder, FIFO or device).
+bool IsRegularFile(const std::string& path);
 
 // The directory of the running program, with a trailing "/".
 std::string ApplicationDirectory();

@@ -122,6 +122,10 @@ void MainWindow::BuildPanel() {
   label3_ = new QLineEdit(panel_);
   label3_->setObjectName("label3");
   label3_->setPlaceholderText("Description");
+  // A description that begins with "#" would read back as a record line.
+  label3_->setValidator(new QRegularExpressionValidator(QRegularExpression("(?!#).*"), label3_));
+  connect(label3_, &QLineEdit::inputRejected, this,
+          [this] { SetStatusLine("Refused: " + std::string(kCommentRecordMessage)); });
   connect(label3_, &QLineEdit::textEdited, this, [this](const QString& text) {
     model_.Comment = Utf8ToCp1252(text.toStdString());
   });
