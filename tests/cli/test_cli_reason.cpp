@@ -57,7 +57,8 @@ TEST(ReasonCommands, CreateKeepsToTheGradeRangeAndNamesTheGrade) {
   const test::CliRun run = Cli({"create", "--size", "6", "--clues", "level:Hard", "--count", "3", "--seed", "4",
                                 "--stamp", "today", "--min-grade", "tough", "--out", file, "--json"});
   ASSERT_EQ(run.code, 0) << run.err;
-  for (const json& puzzle : run.Json()["puzzles"]) EXPECT_EQ(puzzle["title"], "Auto (Hard) today Tough");
+  const json made = run.Json();
+  for (const json& puzzle : made["puzzles"]) EXPECT_EQ(puzzle["title"], "Auto (Hard) today Tough");
   const json graded = Cli({"grade", file, "--json"}).Json();
   for (const json& puzzle : graded["puzzles"]) EXPECT_EQ(puzzle["level"], 4);
 
