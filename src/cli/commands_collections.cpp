@@ -30,6 +30,18 @@ struct SortArgs {
   std::optional<std::uint64_t> seed;
 };
 
+// The commands' own failure messages name the file written; when the real trouble is the
+// source, a note says so.
+Json SourceNote(const std::string& source) {
+  if (IsRegularFile(source) && ::access(source.c_str(), R_OK) == 0) return Json::object();
+  return {{"note", "The source file cannot be read: " + source}};
+}
+
+Json WithNote(Json fields, const std::string& source) {
+  fields.update(SourceNote(source));
+  return fields;
+}
+
 // A numeric START must leave room for every record's number in an int.
 void CheckResequenceStart(const SortArgs& args) {
   if (!args.start) return;
@@ -52,18 +64,6 @@ int RunSort(Output& output, const SortArgs& args) {
   SortRequest request{args.input, args.output, args.by, args.order, args.start.has_value(), args.start.value_or(""), {}};
   const SortOutcome outcome = SortPuzzleFile(model, port, request);
   return ReportCommand(output, outcome.result, port, WithNote({{"count", outcome.count}}, args.input));
-}
-
-// The commands' own failure messages name the file written; when the real trouble is the
-// source, a note says so.
-Json SourceNote(const std::string& source) {
-  if (IsRegularFile(source) && ::access(source.c_str(), R_OK) == 0) return Json::object();
-  return {{"note", "The source file cannot be read: " + source}};
-}
-
-Json WithNote(Json fields, const std::string& source) {
-  fields.update(SourceNote(source));
-  return fields;
 }
 
 // The file a command names, refused when empty (the window would have ended silently).

@@ -85,7 +85,7 @@ bool ReplaceFile(const std::string& target, const FileWriter& write) {
   fs::path directory = path.parent_path();
   if (directory.empty()) directory = ".";
   RemoveStaleScratchFiles(directory);
-  std::string scratch = (directory / ("." + path.filename().string() + kScratchMark + "XXXXXX")).string();
+  std::string scratch = (directory / ("." + path.filename().string() + std::string(kScratchMark) + "XXXXXX")).string();
   const int fd = mkstemp(scratch.data());
   // No scratch file possible (a full disk, a folder that takes no new files): refuse.
   // Writing the target in place instead could leave it half old, half new.
