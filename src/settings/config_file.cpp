@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/file_replace.h"
 #include "core/text_file.h"
 #include "core/text_rules.h"
 
@@ -55,7 +56,7 @@ void ReadSettings(PuzzleModel& model, WindowPort& port, std::time_t now) {
       .Line(model.AppDir + "puzzles.fut")
       .Line(std::to_string(kDefaultPaceMs));
   // A file that cannot be created either is reported again at Exit.
-  WriteWholeFile(ConfigPath(model), defaults.Text());
+  ReplaceFileWith(ConfigPath(model), defaults.Text());
 }
 
 void WriteSettings(const PuzzleModel& model, WindowPort& port, std::time_t now) {
@@ -68,7 +69,7 @@ void WriteSettings(const PuzzleModel& model, WindowPort& port, std::time_t now) 
       .Line(Str(model.CellColouring))
       .Line(model.CurrentFile)
       .Line(std::to_string(pace));
-  if (!WriteWholeFile(ConfigPath(model), settings.Text())) {
+  if (!ReplaceFileWith(ConfigPath(model), settings.Text())) {
     port.ShowMessage(Unreachable(model, "options not saved"));
   }
 }

@@ -15,6 +15,7 @@
 #include "core/file_replace.h"
 #include "core/headless_port.h"
 #include "core/text_file.h"
+#include "settings/config_file.h"
 #include "support/cli_run.h"
 #include "support/scoped_conditions.h"
 #include "support/test_files.h"
@@ -76,7 +77,8 @@ TEST(SafeFiles, NoCommandRewritesAFileInPlaceWhenNoNewFileCanBeMade) {
   NoNewFilesFolder folder;
   if (!folder.Ready()) GTEST_SKIP() << "cannot make a folder that refuses new files here";
   const std::string old = Collection();
-  folder.Seal({{"sorted.fut", old}, {"copy.fut", old}, {"current.fut", old}});
+  const std::string settings = "stamp\r\ndefault.col\r\n 0\r\npuzzles.fut\r\n4000\r\n";
+  folder.Seal({{"sorted.fut", old}, {"copy.fut", old}, {"current.fut", old}, {"Quillmere.cfg", settings}});
 
   EXPECT_FALSE(ReplaceFileWith(folder.File("sorted.fut"), "new"));
   EXPECT_EQ(Cli({"sort", kCollection, folder.File("sorted.fut"), "--by", "signs", "--order", "descending"}).code, 1);
@@ -88,6 +90,12 @@ TEST(SafeFiles, NoCommandRewritesAFileInPlaceWhenNoNewFileCanBeMade) {
     const test::CliRun removed = Cli({"delete", folder.File("current.fut"), "-n", "2"});
     EXPECT_EQ(removed.code, 1) << removed.out;
   }
+  PuzzleModel model;
+  HeadlessPort port;
+  model.AppDir = folder.File("");
+  WriteSettings(model, port, 0);
+  EXPECT_EQ(port.messages.size(), 1u);
+  EXPECT_EQ(test::ReadBytes(folder.File("Quillmere.cfg")), settings);
   for (const char* name : {"sorted.fut", "copy.fut", "current.fut"}) {
     EXPECT_EQ(test::ReadBytes(folder.File(name)), old) << name;
   }
