@@ -89,6 +89,7 @@ bool CopyWithoutRecord(const std::string& path, int n, std::string& kept) {
   LineReader in(path);
   if (!in.IsOpen()) return false;
   TextBuilder out;
+  out.Reserve(static_cast<std::size_t>(FileLength(path).value_or(0)) + 2 * kMaxRecordLines);
   int counter = 0;
   std::string line;
   while (in.ReadLine(line)) {
@@ -105,7 +106,7 @@ bool CopyWithoutRecord(const std::string& path, int n, std::string& kept) {
     }
     out.Line(line);
   }
-  kept = out.Text();
+  kept = out.Release();
   return !in.Failed();
 }
 

@@ -1,6 +1,8 @@
 #include "collections/sort_file.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <string_view>
 #include <filesystem>
 #include <vector>
 
@@ -14,12 +16,18 @@ namespace {
 
 constexpr int kRandomKeyRange = 99999;
 
+// Records are sorted where they lie: the file is read once into memory and every entry
+// holds only its key and where its lines are, so a sort needs little more than the
+// file's own size (not a copy per line).
 struct SortEntry {
-  std::string sortText;  // key, "\r", then the record's lines joined by "\r"
-  std::vector<std::string> lines;
+  std::string key;
+  std::size_t begin = 0;  // the record's "#" line in the file's bytes
+  std::size_t end = 0;    // just past its last line
+  std::string sizeLine;   // the size line rewritten from the older one-field form, or ""
+  long long number = 0;   // the new record number when renumbering, else 0
 };
 
-bool IsRecordLine(const std::string& line) { return !line.empty() && line[0] == '#'; }
+bool IsRecordLine(std::string_view line) { return !line.empty() && line[0] == '#'; }
 
 std::string UpperAscii(std::string text) {
   for (char& c : text) {
@@ -33,62 +41,120 @@ bool SameFile(const std::string& source, const std::string& output) {
   return UpperAscii(source) == UpperAscii(output) || std::filesystem::equivalent(source, output, ec);
 }
 
-std::vector<std::string> ReadLines(const std::string& path, bool& ok) {
-  std::vector<std::string> lines;
-  LineReader in(path);
-  std::string line;
-  while (in.ReadLine(line)) lines.push_back(line);
-  ok = in.IsOpen() && !in.Failed();
-  return lines;
-}
-
-// Splits the file into records: a "#" line, the comment line, the size line and the
-// lines up to the next "#" line (the grid). Lines before the first record belong to
-// none and are left out.
-std::vector<std::vector<std::string>> SplitRecords(const std::vector<std::string>& lines) {
-  std::vector<std::vector<std::string>> records;
-  std::size_t i = 0;
-  while (i < lines.size()) {
-    if (!IsRecordLine(lines[i])) {
-      ++i;
-      continue;
-    }
-    std::vector<std::string> record{lines[i++]};
-    // The comment may itself begin with "#": the two lines after the record line are
-    // the comment and the size line whatever they hold.
-    for (int j = 0; j < 2 && i < lines.size(); ++j) record.push_back(lines[i++]);
-    while (i < lines.size() && !IsRecordLine(lines[i])) record.push_back(lines[i++]);
-    records.push_back(std::move(record));
+// Lines of the file's bytes as the line reader sees them: each ends at LF, a CR just
+// before the LF is dropped, and a last line without LF still counts.
+class Lines {
+ public:
+  Lines(std::string_view bytes, std::size_t from, std::size_t to) : bytes_(bytes), at_(from), end_(to) {}
+  bool Next(std::string_view& line) {
+    if (at_ >= end_) return false;
+    const std::size_t newline = bytes_.find('\n', at_);
+    const std::size_t stop = newline == std::string_view::npos || newline >= end_ ? end_ : newline;
+    line = bytes_.substr(at_, stop - at_);
+    if (stop < end_ && !line.empty() && line.back() == '\r') line.remove_suffix(1);
+    at_ = stop < end_ ? stop + 1 : end_;
+    return true;
   }
-  return records;
+  std::size_t Position() const { return at_; }
+
+ private:
+  std::string_view bytes_;
+  std::size_t at_;
+  std::size_t end_;
+};
+
+// The record's lines, with the size line as the output carries it.
+template <class F>
+void ForEachRecordLine(std::string_view bytes, const SortEntry& entry, F&& f) {
+  Lines lines(bytes, entry.begin, entry.end);
+  std::string_view line;
+  for (int i = 0; lines.Next(line); ++i) f(i == 2 && !entry.sizeLine.empty() ? std::string_view(entry.sizeLine) : line);
 }
 
-// The record's key by the criterion. Rewrites an older one-field size line so that the
-// output always carries N.
-std::string SortKey(PuzzleModel& model, const SortRequest& request, std::vector<std::string>& record) {
+// Entries compare as the key, then every line of the record, each after a CR: equal keys
+// fall back on the "#" line and the rest, byte by byte.
+bool EntryLess(std::string_view bytes, const SortEntry& a, const SortEntry& b) {
+  if (a.key != b.key) {
+    // A shorter key is a prefix that is followed by CR in the joined text.
+    const std::size_t common = std::min(a.key.size(), b.key.size());
+    const int c = a.key.compare(0, common, b.key, 0, common);
+    if (c != 0) return c < 0;
+    const char nextA = a.key.size() > common ? a.key[common] : '\r';
+    const char nextB = b.key.size() > common ? b.key[common] : '\r';
+    if (nextA != nextB) return static_cast<unsigned char>(nextA) < static_cast<unsigned char>(nextB);
+  }
+  if (a.key == b.key) {
+    // Line by line: most records part in their "#" line, so nothing is copied.
+    Lines la(bytes, a.begin, a.end);
+    Lines lb(bytes, b.begin, b.end);
+    std::string_view x;
+    std::string_view y;
+    for (int i = 0;; ++i) {
+      const bool moreA = la.Next(x);
+      const bool moreB = lb.Next(y);
+      if (!moreA || !moreB) return !moreA && moreB;
+      if (i == 2 && !a.sizeLine.empty()) x = a.sizeLine;
+      if (i == 2 && !b.sizeLine.empty()) y = b.sizeLine;
+      if (x == y) continue;
+      const std::size_t common = std::min(x.size(), y.size());
+      const int c = x.substr(0, common).compare(y.substr(0, common));
+      if (c != 0) return c < 0;
+      // One line is a prefix of the other ("#12" and "#123"): the shorter record goes on
+      // with a CR when it has another line, else it ends and comes first.
+      const bool aShorter = x.size() < y.size();
+      const bool shorterGoesOn = aShorter ? la.Position() < a.end : lb.Position() < b.end;
+      const char next = aShorter ? y[common] : x[common];
+      if (!shorterGoesOn) return aShorter;
+      if (next == '\r') break;  // a CR inside a line: settle it on the joined texts below
+      const bool shorterFirst = '\r' < static_cast<unsigned char>(next);
+      return aShorter == shorterFirst;
+    }
+  }
+  std::string textA = a.key;
+  std::string textB = b.key;
+  ForEachRecordLine(bytes, a, [&](std::string_view line) { textA.append("\r").append(line); });
+  ForEachRecordLine(bytes, b, [&](std::string_view line) { textB.append("\r").append(line); });
+  return textA < textB;
+}
+
+// The record's key by the criterion; an older one-field size line is rewritten so that
+// the output always carries N.
+std::string SortKey(PuzzleModel& model, const SortRequest& request, std::string_view bytes, SortEntry& entry) {
   int n = 5;
   double signs = 0;
-  if (record.size() > 2) {
-    std::string& sizeLine = record[2];
-    const std::string_view trimmed = Trim(sizeLine);
-    if (trimmed.find(' ') != std::string_view::npos) {
-      n = IntegerValue(std::string_view(sizeLine).substr(0, 1));
-      signs = NumericValue(sizeLine.size() > 2 ? std::string_view(sizeLine).substr(2) : std::string_view());
-    } else {
-      signs = NumericValue(sizeLine);
-      sizeLine = "5 " + std::string(trimmed);
+  std::string_view recordLine;
+  std::string_view comment;
+  bool hasComment = false;
+  Lines lines(bytes, entry.begin, entry.end);
+  std::string_view line;
+  for (int i = 0; i < 3 && lines.Next(line); ++i) {
+    if (i == 0) recordLine = line;
+    if (i == 1) {
+      comment = line;
+      hasComment = true;
+    }
+    if (i == 2) {
+      const std::string sizeLine(line);
+      const std::string_view trimmed = Trim(sizeLine);
+      if (trimmed.find(' ') != std::string_view::npos) {
+        n = IntegerValue(std::string_view(sizeLine).substr(0, 1));
+        signs = NumericValue(sizeLine.size() > 2 ? std::string_view(sizeLine).substr(2) : std::string_view());
+      } else {
+        signs = NumericValue(sizeLine);
+        entry.sizeLine = "5 " + std::string(trimmed);
+      }
     }
   }
   switch (request.Option1) {
     case kSortByHeader:
-      return record.size() > 1 ? record[1] : std::string();
+      return hasComment ? std::string(comment) : std::string();
     case kSortBySigns:
       return ZeroPadded(RoundHalfEven(signs), 2);
     case kSortByNumber:
       if (request.Option2 == kSortRandom) {
         return ZeroPadded(static_cast<long long>(RandomUniform(model) * kRandomKeyRange) - 1, 5);
       }
-      return ZeroPadded(IntegerValue(std::string_view(record[0]).substr(1)), 5);
+      return ZeroPadded(IntegerValue(recordLine.substr(1)), 5);
     default:
       return ZeroPadded(n, 1);
   }
@@ -111,39 +177,68 @@ SortOutcome SortPuzzleFile(PuzzleModel& model, WindowPort& port, const SortReque
   const std::string unable = "Unable to sort file:" + std::string(kLineBreak) + request.output;
 
   port.SetBusy(true);
-  bool readOk = false;
-  const std::vector<std::string> lines = ReadLines(request.source, readOk);
-  if (!readOk) return Report(port, CommandResult::Failed, unable);
-  if (std::none_of(lines.begin(), lines.end(), IsRecordLine)) {
-    return Report(port, CommandResult::Failed, "There are no puzzles in this file");
+  std::string file;
+  if (!ReadWholeFile(request.source, file)) return Report(port, CommandResult::Failed, unable);
+  const std::string_view bytes = file;
+
+  // Records: a "#" line, the comment line, the size line and the lines up to the next
+  // "#" line (the grid). The comment may itself begin with "#": the two lines after
+  // the record line belong to the record whatever they hold. Lines before the first
+  // record belong to none and are left out.
+  std::vector<SortEntry> entries;
+  Lines lines(bytes, 0, bytes.size());
+  std::string_view line;
+  std::size_t start = 0;
+  bool pending = lines.Next(line);
+  while (pending) {
+    if (!IsRecordLine(line)) {
+      start = lines.Position();
+      pending = lines.Next(line);
+      continue;
+    }
+    SortEntry entry;
+    entry.begin = start;
+    for (int j = 0; j < 2 && lines.Next(line); ++j) {
+    }
+    std::size_t end = lines.Position();
+    while ((pending = lines.Next(line)) && !IsRecordLine(line)) end = lines.Position();
+    entry.end = end;
+    start = end;
+    entries.push_back(std::move(entry));
   }
+  if (entries.empty()) return Report(port, CommandResult::Failed, "There are no puzzles in this file");
 
   // A random order works through the puzzle-number key, and always renumbers.
   const bool resequence =
       request.resequence || (request.Option1 == kSortByNumber && request.Option2 == kSortRandom);
-  std::vector<SortEntry> entries;
-  for (std::vector<std::string>& record : SplitRecords(lines)) {
-    SortEntry entry;
-    entry.sortText = SortKey(model, request, record);
-    for (const std::string& line : record) entry.sortText += "\r" + line;
-    entry.lines = std::move(record);
-    entries.push_back(std::move(entry));
-    if (request.progress) request.progress(static_cast<int>(entries.size()));
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    entries[i].key = SortKey(model, request, bytes, entries[i]);
+    if (request.progress) request.progress(static_cast<int>(i + 1));
     port.ProcessEvents();
   }
-  // Whole entries are compared byte by byte, so equal keys fall back on the "#" line.
   std::sort(entries.begin(), entries.end(),
-            [](const SortEntry& a, const SortEntry& b) { return a.sortText < b.sortText; });
+            [bytes](const SortEntry& a, const SortEntry& b) { return EntryLess(bytes, a, b); });
   if (request.Option2 == kSortDescending) std::reverse(entries.begin(), entries.end());
 
   // Wide enough that a start near the top of int cannot wrap to "#0".
   long long number = std::max(1, IntegerValue(request.start));
-  TextBuilder out;
-  for (SortEntry& entry : entries) {
-    if (resequence) entry.lines[0] = "#" + std::to_string(number++);
-    for (const std::string& line : entry.lines) out.Line(line);
-  }
-  if (!ReplaceFileWith(request.output, out.Text())) return Report(port, CommandResult::Failed, unable);
+  const bool written = ReplaceFile(request.output, [&](const std::string& path) {
+    std::FILE* out = std::fopen(path.c_str(), "wb");
+    if (out == nullptr) return false;
+    bool ok = true;
+    for (const SortEntry& entry : entries) {
+      int i = 0;
+      ForEachRecordLine(bytes, entry, [&](std::string_view text) {
+        const std::string renumbered = resequence && i == 0 ? "#" + std::to_string(number++) : std::string();
+        const std::string_view shown = resequence && i == 0 ? std::string_view(renumbered) : text;
+        ok = ok && std::fwrite(shown.data(), 1, shown.size(), out) == shown.size() && std::fputs("\r\n", out) >= 0;
+        ++i;
+      });
+    }
+    ok = std::fflush(out) == 0 && ok;
+    return std::fclose(out) == 0 && ok;
+  });
+  if (!written) return Report(port, CommandResult::Failed, unable);
   const int count = static_cast<int>(entries.size());
   return Report(port, CommandResult::Done,
                 Str(count) + " puzzles sorted to file:" + std::string(kLineBreak) + request.output, count);

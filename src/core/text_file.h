@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qm {
@@ -45,6 +46,9 @@ class TextBuilder {
  public:
   TextBuilder& Line(std::string_view text);
   const std::string& Text() const { return text_; }
+  // Hands the text over without a copy (a collection can be hundreds of megabytes).
+  std::string Release() { return std::move(text_); }
+  void Reserve(std::size_t bytes) { text_.reserve(bytes); }
 
  private:
   std::string text_;
