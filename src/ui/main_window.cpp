@@ -302,7 +302,11 @@ void MainWindow::BuildMenus() {
 
   QMenu* solve = menuBar()->addMenu("Solve");
   AddAction(solve, "mnuautosol", "Auto (no pause)", [this] { AutoSolve(model_, *this); });
-  AddAction(solve, "mnuautosolpause", "Auto (with pause)", [this] { PacedAutoSolve(model_, *this); });
+  AddAction(solve, "mnuautosolpause", "Auto (with pause)", [this] {
+    PacedAutoSolve(model_, *this);
+    // Exit during the wait closed the window inside this nested loop; end the program now.
+    if (exiting_) QCoreApplication::quit();
+  });
   AddAction(solve, "mnuviewsol", "View Solution", [this] { ToggleSolutionView(model_, *this); });
   AddAction(solve, "mnuverify", "Verify", [this] { Verify(model_, *this); });
   AddCancel(solve, "can2");
@@ -358,6 +362,8 @@ void MainWindow::ToggleSchemeList(bool show) {
 // WindowPort ----------------------------------------------------------------------------
 
 void MainWindow::ShowMessage(const std::string& text) {
+  // A solve cut short by Exit has nothing left to say: the window is gone.
+  if (exiting_) return;
   const QString message = QString::fromStdString(text);
   if (dialogHandler_) {
     dialogHandler_(message, false);
@@ -420,6 +426,10 @@ void MainWindow::ProcessEvents() {
     lastEvents_ = now;
   }
   QCoreApplication::processEvents();
+}
+
+void MainWindow::WaitForEvents() {
+  QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
 }
 
 void MainWindow::SetPacingTimer(bool enabled, int intervalMs) {
