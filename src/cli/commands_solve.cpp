@@ -67,16 +67,21 @@ int RunSolve(Output& output, bool explain, PuzzleModel& model, HeadlessPort& por
   return kExitOk;
 }
 
-int RunSolutions(Output& output, int limit, PuzzleModel& model) {
-  const SolutionCount count = CountSolutions(model, limit);
+int RunSolutions(Output& output, const SearchOptions& options, PuzzleModel& model) {
+  const SolutionCount count = CountSolutions(model, options);
   Json first = Json::array();
   for (const std::string& text : count.first) first.push_back(Cp1252ToUtf8(text));
   if (output.json) {
-    PrintJson(output, Json{{"solutions", count.count}, {"complete", count.complete}, {"first", first}});
+    Json out{{"solutions", count.count}, {"complete", count.complete}, {"first", first}, {"nodes", count.nodes}};
+    if (count.timedOut) out["stopped"] = "time limit";
+    PrintJson(output, out);
     return kExitOk;
   }
   output.out << (count.complete ? "" : "at least ") << count.count
-             << (count.count == 1 ? " solution" : " solutions") << '\n';
+             << (count.count == 1 ? " solution" : " solutions") << " (" << count.nodes << " search nodes)\n";
+  if (count.timedOut) {
+    output.out << "The time limit ran out before the search finished: the count is not complete.\n";
+  }
   if (count.count > 0) {
     PerPosition<std::string> texts;
     for (std::size_t k = 0; k < count.first.size(); ++k) texts[k] = count.first[k];
@@ -97,14 +102,18 @@ void RegisterSolveCommands(CLI::App& app, CommandList& commands, bool& json) {
       });
   solve->add_flag("--explain", *explain, "Solve with a pause at every change and record each explanation step");
 
-  auto limit = std::make_shared<int>(2);
+  auto options = std::make_shared<SearchOptions>();
   CLI::App* solutions = AddPuzzleCommand(
       app, commands, "solutions", "Count the solutions of the loaded puzzle by search", json, true,
-      [limit](Output& output, const PuzzleArgs&, PuzzleModel& model, HeadlessPort&) {
-        return RunSolutions(output, *limit, model);
+      [options](Output& output, const PuzzleArgs&, PuzzleModel& model, HeadlessPort&) {
+        return RunSolutions(output, *options, model);
       });
-  solutions->add_option("--limit", *limit, "Stop counting at this many solutions (default 2)")
+  solutions->add_option("--limit", options->limit, "Stop counting at this many solutions (default 2)")
       ->check(CLI::Range(1, 1000000));
+  solutions
+      ->add_option("--time-limit", options->timeLimitSeconds,
+                   "Stop searching after this many seconds; the count is then not complete")
+      ->check(CLI::Range(0.001, 86400.0));
 }
 
 }  // namespace qm::cli

@@ -15,6 +15,11 @@ void Cleared(PuzzleModel& model, WindowPort& port) {
 void NewGrid(PuzzleModel& model, WindowPort& port, int entry) {
   if (entry < 0 || entry > kMaxGridSize - kMinGridSize) return;
   SetSize(model, entry + kMinGridSize);
+  // Nothing of the previous puzzle may print or save with the new grid.
+  for (std::string& solution : model.SolutionText) solution.clear();
+  model.SolutionList.clear();
+  model.Comment.clear();
+  model.RecordNumber = 0;
   model.ConstraintCount = 0;
   model.ClueCount = 0;
   port.RedrawGrid();

@@ -18,9 +18,9 @@ int Component(std::string_view field) { return std::clamp(IntegerValue(field), 0
 ColourTable::ColourTable() {
   // The look before any scheme is loaded: the same as "default.col".
   colour = {MakeRgb(0, 0, 0),       MakeRgb(33, 37, 41),    MakeRgb(236, 239, 243), MakeRgb(214, 222, 232),
-            MakeRgb(52, 84, 140),   MakeRgb(255, 255, 255), MakeRgb(255, 236, 179), MakeRgb(255, 193, 94),
-            MakeRgb(120, 130, 140), MakeRgb(160, 170, 182), MakeRgb(20, 40, 90),    MakeRgb(60, 70, 80),
-            MakeRgb(52, 120, 220),  MakeRgb(150, 50, 50)};
+            MakeRgb(52, 84, 140),   MakeRgb(255, 255, 255), MakeRgb(255, 238, 183), MakeRgb(255, 208, 133),
+            MakeRgb(83, 90, 97),    MakeRgb(160, 170, 182), MakeRgb(20, 40, 90),    MakeRgb(60, 70, 80),
+            MakeRgb(38, 90, 166),   MakeRgb(150, 50, 50)};
 }
 
 std::vector<std::string> SchemeList(const std::string& appDir) {

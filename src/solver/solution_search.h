@@ -1,8 +1,9 @@
 // An exact count of a puzzle's solutions by search. It answers what the deduction
-// techniques cannot ("is this stalled puzzle really ambiguous?"); nothing else in the
-// system uses it, so "unique" keeps meaning "solved by the techniques".
+// techniques cannot ("is this stalled puzzle really ambiguous?"); it never decides
+// whether a puzzle is unique: that stays "solved by the techniques".
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -10,15 +11,30 @@
 
 namespace qm {
 
+struct SearchOptions {
+  int limit = 2;                              // stop once this many are found (at least 1)
+  double timeLimitSeconds = 0;                // 0: no limit
+  const std::atomic<bool>* cancel = nullptr;  // polled between nodes
+};
+
 struct SolutionCount {
   int count = 0;
-  bool complete = true;            // false when the search stopped at the limit
+  // False when the search stopped early: at the limit, out of time or cancelled.
+  bool complete = true;
+  bool timedOut = false;
+  bool cancelled = false;
+  long long nodes = 0;             // search nodes visited
   std::vector<std::string> first;  // every position's text in the first solution, or empty
 };
 
-// Counts the grids that complete the shown puzzle, stopping at `limit` (at least 1).
-// A cell showing one digit is fixed, a candidate list restricts its cell, and the signs
-// in the sign slots must hold.
-SolutionCount CountSolutions(const PuzzleModel& model, int limit);
+// Counts the grids that complete the shown puzzle. A cell showing one digit is fixed,
+// a candidate list restricts its cell, and the signs in the sign slots must hold.
+// Deterministic: the same grid gives the same count, first solution and node count.
+SolutionCount CountSolutions(const PuzzleModel& model, const SearchOptions& options);
+inline SolutionCount CountSolutions(const PuzzleModel& model, int limit) {
+  SearchOptions options;
+  options.limit = limit;
+  return CountSolutions(model, options);
+}
 
 }  // namespace qm

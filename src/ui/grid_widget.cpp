@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "core/text_rules.h"
+#include "settings/scheme_contrast.h"
 #include "solver/candidates.h"
 
 namespace qm::ui {
@@ -153,18 +154,61 @@ void GridWidget::PaintSign(QPainter& painter, const QRectF& rect, QChar sign) co
   painter.drawPath(path);
 }
 
-void GridWidget::PaintCell(QPainter& painter, const QRectF& rect, int k, const QString& text) const {
+void GridWidget::PaintCell(QPainter& painter, const QRectF& rect, int k, const QString& text,
+                           CellColour role) const {
+  const std::size_t at = static_cast<std::size_t>(k);
   const CellLook look = CellTextLook(text.toStdString());
-  if (look.text.empty()) return;
+  if (look.text.empty()) {
+    if (coach_ != nullptr && coach_->Marks[at] != 0) PaintMarks(painter, rect, coach_->Marks[at]);
+    return;
+  }
   QFont font = painter.font();
   const bool single = look.bold;
   font.setBold(single);
   font.setPixelSize(std::max(6, static_cast<int>(rect.height() * (single ? 0.56 : 0.21))));
   painter.setFont(font);
-  const bool clue = single && model_.GivenValue[static_cast<std::size_t>(k)] > 0 && !shown_[static_cast<std::size_t>(k)];
-  const int role = !single ? kCandidateColour : clue ? kClueColour : kTextColour;
-  painter.setPen(ToQColor(colours_.colour[static_cast<std::size_t>(role)]));
+  int colour = kCandidateColour;
+  if (single && coach_ != nullptr) {
+    // Clues, the player's digits and solved digits each keep their own colour.
+    const DigitOrigin origin = OriginOf(*coach_, model_, k, Utf8ToCp1252(text.toStdString()));
+    colour = origin == DigitOrigin::Clue     ? kClueColour
+             : origin == DigitOrigin::Player ? kTextColour
+                                             : kSolvedDigitColour;
+  } else if (single) {
+    colour = model_.GivenValue[at] > 0 && !shown_[at] ? kClueColour : kTextColour;
+  }
+  // No scheme sets the error colour, so text on it is black or white.
+  const Rgb pen = role == CellColour::Error ? ReadableTextOn(colours_.colour[kErrorColour])
+                                            : colours_.colour[static_cast<std::size_t>(colour)];
+  painter.setPen(ToQColor(pen));
   painter.drawText(rect, Qt::AlignCenter, QString::fromStdString(look.text));
+}
+
+// The player's marks sit in fixed places of a 3 x 3 layout: 1 top left, 9 bottom right.
+void GridWidget::PaintMarks(QPainter& painter, const QRectF& rect, MarkBits marks) const {
+  QFont font = painter.font();
+  font.setBold(false);
+  font.setPixelSize(std::max(6, static_cast<int>(rect.height() * 0.24)));
+  painter.setFont(font);
+  painter.setPen(ToQColor(colours_.colour[kPencilMarkColour]));
+  const QRectF inner = rect.adjusted(rect.width() * 0.08, rect.height() * 0.06, -rect.width() * 0.08,
+                                     -rect.height() * 0.06);
+  const double w = inner.width() / 3;
+  const double h = inner.height() / 3;
+  for (int d = 1; d <= 9; ++d) {
+    if ((marks & MarkBit(d)) == 0) continue;
+    const QRectF place(inner.left() + (d - 1) % 3 * w, inner.top() + (d - 1) / 3 * h, w, h);
+    painter.drawText(place, Qt::AlignCenter, QString::number(d));
+  }
+}
+
+bool GridWidget::HoldsHighlightedDigit(int k, const QString& text) const {
+  if (coach_ == nullptr || coach_->HighlightDigit == 0) return false;
+  const QChar digit('0' + coach_->HighlightDigit);
+  const QString shown = text.trimmed();
+  if (shown.size() == 1) return shown[0] == digit;
+  if (!shown.isEmpty()) return shown.contains(digit);
+  return (coach_->Marks[static_cast<std::size_t>(k)] & MarkBit(coach_->HighlightDigit)) != 0;
 }
 
 void GridWidget::paintEvent(QPaintEvent*) {
@@ -172,20 +216,34 @@ void GridWidget::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.fillRect(rect(), ToQColor(colours_.colour[kGridColour]));
   const Geometry g = Measure();
+  // Digits that clash (when asked for) and digits a check found wrong get a ring.
+  std::vector<int> ringed;
+  if (coach_ != nullptr) {
+    if (coach_->LiveConflicts) ringed = ConflictCells(model_);
+    ringed.insert(ringed.end(), coach_->WrongCells.begin(), coach_->WrongCells.end());
+  }
   for (int k = 0; k <= model_.LastPosition; ++k) {
     const QRectF r = PositionRect(k);
     const PositionKind kind = KindOf(model_, k);
     const CellColour role = roles_[static_cast<std::size_t>(k)];
     QColor background = ToQColor(PositionBackground(model_, colours_, k));
-    if (role == CellColour::Highlight) background = ToQColor(colours_.colour[kHighlightColour]);
+    const QString text = ShownText(k);
+    if (role == CellColour::Highlight || (role == CellColour::Normal && kind == PositionKind::Cell &&
+                                          HoldsHighlightedDigit(k, text))) {
+      background = ToQColor(colours_.colour[kHighlightColour]);
+    }
     if (role == CellColour::Target) background = ToQColor(colours_.colour[kTargetColour]);
     if (role == CellColour::Error) background = ToQColor(colours_.colour[kErrorColour]);
-    const QString text = ShownText(k);
     if (kind == PositionKind::Cell) {
       painter.setPen(QPen(ToQColor(colours_.colour[kBorderColour]), std::max(1.0, g.cell * 0.03)));
       painter.setBrush(background);
       painter.drawRoundedRect(r.adjusted(1, 1, -1, -1), g.cell * 0.08, g.cell * 0.08);
-      PaintCell(painter, r, k, text);
+      if (std::find(ringed.begin(), ringed.end(), k) != ringed.end()) {
+        painter.setPen(QPen(ToQColor(colours_.colour[kErrorColour]), std::max(2.0, g.cell * 0.07)));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawEllipse(r.adjusted(g.cell * 0.12, g.cell * 0.12, -g.cell * 0.12, -g.cell * 0.12));
+      }
+      PaintCell(painter, r, k, text, role);
       continue;
     }
     if (role != CellColour::Normal) painter.fillRect(r, background);

@@ -7,6 +7,7 @@
 #include <array>
 #include <optional>
 
+#include "commands/coach_state.h"
 #include "core/puzzle_model.h"
 #include "core/window_port.h"
 #include "settings/colour_schemes.h"
@@ -23,6 +24,12 @@ class GridWidget : public QWidget {
   void ClearShownText(int k);
   void ClearShownTexts();
   QString ShownText(int k) const;
+
+  // The player's marks, the origin of each digit and the highlights come from here.
+  void SetCoach(const CoachState* coach) {
+    coach_ = coach;
+    update();
+  }
 
   void SetColour(int k, CellColour colour);
   CellColour Colour(int k) const { return roles_[static_cast<std::size_t>(k)]; }
@@ -57,13 +64,16 @@ class GridWidget : public QWidget {
   Geometry Measure() const;
   double Offset(const Geometry& g, int index) const;  // of layout row/column index (1-based)
   void PaintSign(QPainter& painter, const QRectF& rect, QChar sign) const;
-  void PaintCell(QPainter& painter, const QRectF& rect, int k, const QString& text) const;
+  void PaintCell(QPainter& painter, const QRectF& rect, int k, const QString& text, CellColour role) const;
+  void PaintMarks(QPainter& painter, const QRectF& rect, MarkBits marks) const;
+  bool HoldsHighlightedDigit(int k, const QString& text) const;
 
   PuzzleModel& model_;
   const ColourTable& colours_;
   std::array<std::optional<QString>, kPositionCount> shown_{};
   std::array<CellColour, kPositionCount> roles_{};
   int cursor_ = -1;
+  const CoachState* coach_ = nullptr;
 };
 
 }  // namespace qm::ui

@@ -18,6 +18,7 @@
 #include <QPrinter>
 #include <QPrinterInfo>
 #include <QPushButton>
+#include <QRegularExpressionValidator>
 #include <QStatusBar>
 #include <QTextBrowser>
 #include <QTimer>
@@ -43,11 +44,14 @@
 #include "solver/solve_driver.h"
 #include "solver/solving_commands.h"
 #include "solver/techniques.h"
+#include "ui/coach_controller.h"
 #include "ui/creation_dialog.h"
 #include "ui/grid_widget.h"
+#include "ui/menu_keys.h"
 #include "ui/printing.h"
 #include "ui/sort_dialog.h"
 #include "ui/view_all_window.h"
+#include "ui/window_setup.h"
 
 namespace qm::ui {
 
@@ -79,6 +83,7 @@ MainWindow::MainWindow(std::string appDir, QWidget* parent) : QMainWindow(parent
 
   grid_ = new GridWidget(model_, colours_, this);
   grid_->setObjectName("Cell");
+  coach_ = new CoachController(model_, *this, *grid_, this);
   connect(grid_, &GridWidget::PositionMenuRequested, this, &MainWindow::ShowPositionMenu);
   connect(grid_, &GridWidget::BackgroundClicked, this, &MainWindow::Continue);
   connect(grid_, &GridWidget::PositionHovered, this, [this](int k) {
@@ -102,6 +107,11 @@ MainWindow::MainWindow(std::string appDir, QWidget* parent) : QMainWindow(parent
 
 MainWindow::~MainWindow() {
   while (busyDepth_ > 0) SetBusy(false);
+  // The coach filters the application's events and works in the background: it goes
+  // before the model it reads.
+  grid_->SetCoach(nullptr);
+  delete coach_;
+  coach_ = nullptr;
 }
 
 void MainWindow::BuildPanel() {
@@ -123,6 +133,7 @@ void MainWindow::BuildPanel() {
   puzNumNow_ = new QLineEdit(panel_);
   puzNumNow_->setObjectName("PuzNumNow");
   puzNumNow_->setMaximumWidth(70);
+  puzNumNow_->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]{0,9}"), puzNumNow_));
   label4_ = new QLabel(panel_);
   label4_->setObjectName("Label4");
   auto* go = new QToolButton(panel_);
@@ -191,7 +202,7 @@ void MainWindow::BuildPanel() {
 
   undoMan_ = new QPushButton("Undo", panel_);
   undoMan_->setObjectName("UndoMan");
-  connect(undoMan_, &QPushButton::clicked, this, [this] { UndoEntry(model_, *this); });
+  connect(undoMan_, &QPushButton::clicked, this, [this] { coach_->Undo(); });
   cmdCancel_ = new QPushButton("Cancel", panel_);
   cmdCancel_->setObjectName("cmdcancel");
   connect(cmdCancel_, &QPushButton::clicked, this, [this] { CancelCommand(model_, *this); });
@@ -278,7 +289,10 @@ void MainWindow::BuildMenus() {
   });
   AddAction(saveAs, "mnusavetxt", "Text File", [this] { mnusavetxt(model_, *this); });
   AddAction(saveAs, "mnusavexls", "XLS File", [this] { mnusavexls(model_, *this); });
-  AddAction(saveAs, "mnusavehtml", "HTML File", [this] { SaveHtmlFile(model_, *this, DefaultTemplateDirectories(model_)); });
+  QAction* html =
+      AddAction(saveAs, "mnusavehtml", "HTML File", [this] { SaveHtmlFile(model_, *this, DefaultTemplateDirectories(model_)); });
+  // Templates exist for the sizes 3 to 5 only.
+  connect(saveAs, &QMenu::aboutToShow, this, [this, html] { html->setVisible(!HtmlTemplateName(model_.GridSize).empty()); });
   AddCancel(puzzle, "can4");
 
   QMenu* create = menuBar()->addMenu("Create");
@@ -301,11 +315,15 @@ void MainWindow::BuildMenus() {
   AddCancel(edit, "can1");
 
   QMenu* solve = menuBar()->addMenu("Solve");
-  AddAction(solve, "mnuautosol", "Auto (no pause)", [this] { AutoSolve(model_, *this); });
+  AddAction(solve, "mnuautosol", "Auto (no pause)", [this] { coach_->AfterAutoSolve(AutoSolve(model_, *this).outcome); });
   AddAction(solve, "mnuautosolpause", "Auto (with pause)", [this] {
-    PacedAutoSolve(model_, *this);
+    const AutoSolveResult result = PacedAutoSolve(model_, *this);
     // Exit during the wait closed the window inside this nested loop; end the program now.
-    if (exiting_) QCoreApplication::quit();
+    if (exiting_) {
+      QCoreApplication::quit();
+      return;
+    }
+    coach_->AfterAutoSolve(result.outcome);
   });
   AddAction(solve, "mnuviewsol", "View Solution", [this] { ToggleSolutionView(model_, *this); });
   AddAction(solve, "mnuverify", "Verify", [this] { Verify(model_, *this); });
@@ -315,6 +333,17 @@ void MainWindow::BuildMenus() {
   AddAction(print, "mnuprintcurrent", "Current Puzzle", [this] { PrintCurrent(); });
   AddAction(print, "mnuprintfile", "Puzzles from File", [this] { PrintFromFile(); });
   AddCancel(print, "mnucan");
+  coach_->Install(*this);
+  DecorateMenus(*menuBar(), [this](const QString& name) { return IsToggleOn(name); });
+}
+
+bool MainWindow::IsToggleOn(const QString& name) const {
+  if (name == "mnucolx") return !combo1_->isHidden();
+  if (name == "mnycellcolor") return model_.CellColouring == kYes;
+  if (name == "mnuviewsol") return model_.SolutionShown;
+  if (name == "mnupencil") return coach_->State().PencilMode;
+  if (name == "mnuconflicts") return coach_->State().LiveConflicts;
+  return false;
 }
 
 void MainWindow::StartUp() {
@@ -335,8 +364,26 @@ void MainWindow::StartUp() {
   RefreshPuzzleInfo();
 }
 
+bool MainWindow::StartOnPuzzle(const QString& number) {
+  bool isNumber = false;
+  const int n = number.trimmed().toInt(&isNumber);
+  if (!isNumber || n < 1) {
+    ShowMessage("Not a puzzle number: " + number.toStdString());
+    return false;
+  }
+  if (!ReadPuzzle(model_, *this, model_.CurrentFile, n).notFound) return true;
+  ShowMessage(ReadErrorMessage(n, model_.CurrentFile));
+  ReadPuzzle(model_, *this, model_.CurrentFile, 1);
+  return false;
+}
+
 void MainWindow::ApplyScheme() {
   const auto& c = colours_.colour;
+  // Dialogs, message boxes and the window's own bars and panels follow the scheme too.
+  // The style sheet takes the palette as it finds it, so the palette comes first.
+  const QPalette palette = SchemePalette(colours_);
+  QApplication::setPalette(palette);
+  setPalette(palette);
   setStyleSheet(QStringLiteral(
                     "QMainWindow, #Frame1, QStatusBar { background: %1; color: %6; }"
                     "QLabel { color: %6; }"
@@ -369,13 +416,14 @@ void MainWindow::ShowMessage(const std::string& text) {
     dialogHandler_(message, false);
     return;
   }
-  QMessageBox::information(this, kCaption, message);
+  QMessageBox box(MessageIcon(message), kMessageTitle, message, QMessageBox::Ok, this);
+  box.exec();
 }
 
 bool MainWindow::AskYesNo(const std::string& question) {
   const QString text = QString::fromStdString(question);
   if (dialogHandler_) return dialogHandler_(text, true);
-  return QMessageBox::question(this, kCaption, text, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+  return QMessageBox::question(this, kMessageTitle, text, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
 }
 
 std::string MainWindow::ChooseFile(const FileChoice& choice) {
@@ -395,6 +443,7 @@ std::string MainWindow::ChooseFile(const FileChoice& choice) {
                                           QFileDialog::DontConfirmOverwrite);
   }
   if (!ec) std::filesystem::current_path(directory, ec);
+  if (choice.mode == ChooserMode::Save && choice.patterns == "*.bmp") chosen = WithBitmapExtension(chosen);
   return chosen.toStdString();
 }
 
@@ -477,6 +526,11 @@ CellColour MainWindow::ColourOf(int k) const { return grid_->Colour(k); }
 void MainWindow::RedrawGrid() { grid_->ClearShownTexts(); }
 
 void MainWindow::RefreshPuzzleInfo() {
+  ShowPuzzleInfo();
+  coach_->PuzzleReplaced();
+}
+
+void MainWindow::ShowPuzzleInfo() {
   puzInfo_[0]->setText(QString::number(model_.GridSize));
   puzInfo_[1]->setText(QString::number(model_.ConstraintCount));
   puzInfo_[2]->setText(QString::number(model_.ClueCount));
@@ -613,7 +667,7 @@ void MainWindow::PrintFromFile() {
     return;
   }
   PrintRangeDialog range(count, model_.CurrentPuzzle, this);
-  if (RunModal(range) != QDialog::Accepted) return;
+  if (RunModal(range) != QDialog::Accepted || range.First() > range.Last()) return;
   // Reading a long range takes a while: Cancel stops it, and nothing is printed.
   std::vector<PrintedPuzzle> puzzles;
   model_.CancelRequest = kNo;
@@ -669,7 +723,7 @@ void MainWindow::ViewAll() {
   if (viewAll_ == nullptr) viewAll_ = new ViewAllWindow([this](int n) { OpenFromView(n); }, this);
   model_.PuzzleCount = CountPuzzles(model_.CurrentFile);
   viewAll_->Show(model_.CurrentFile, ViewAllTotal(model_));
-  RefreshPuzzleInfo();
+  ShowPuzzleInfo();
 }
 
 void MainWindow::OpenFromView(int n) {
@@ -719,13 +773,14 @@ void MainWindow::ShowPositionMenu(int k, const QPoint& globalPos) {
       menu.addAction(entry)->setData(entry);
     }
   }
+  AddMnemonics(menu);
   const QAction* chosen = menu.exec(globalPos);
   if (chosen == nullptr) return;
   const std::string choice = chosen->data().toString().toStdString();
   if (kind == PositionKind::Cell) {
-    CellMenuChoice(model_, *this, k, choice);
+    coach_->CellChoice(k, choice);
   } else {
-    SignMenuChoice(model_, *this, k, choice);
+    coach_->SignChoice(k, choice);
   }
 }
 
@@ -741,9 +796,10 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
     return;
   }
   if (event->matches(QKeySequence::Undo)) {
-    UndoEntry(model_, *this);
+    coach_->Undo();
     return;
   }
+  if (coach_->HandleKey(*event)) return;
   switch (event->key()) {
     case Qt::Key_Left:
       grid_->MoveCursor(0, -1);
@@ -768,20 +824,20 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
   const bool clear = event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace;
   if (kind == PositionKind::Cell) {
     if (clear) {
-      CellMenuChoice(model_, *this, k, "Clear");
+      coach_->CellChoice(k, "Clear");
     } else if (text.compare("h", Qt::CaseInsensitive) == 0) {
-      CellMenuChoice(model_, *this, k, "Hint");
+      coach_->CellChoice(k, "Hint");
     } else if (text.size() == 1 && text[0] >= '1' && text[0] <= QChar('0' + model_.GridSize)) {
-      CellMenuChoice(model_, *this, k, text.toStdString());
+      coach_->CellChoice(k, text.toStdString());
     }
     return;
   }
   if (kind == PositionKind::Corner) return;
   const QString signs = kind == PositionKind::HorizontalSign ? "<>" : "^vV";
   if (clear) {
-    SignMenuChoice(model_, *this, k, "Clear");
+    coach_->SignChoice(k, "Clear");
   } else if (text.size() == 1 && signs.contains(text[0])) {
-    SignMenuChoice(model_, *this, k, text == "V" ? "v" : text.toStdString());
+    coach_->SignChoice(k, text == "V" ? "v" : text.toStdString());
   }
 }
 

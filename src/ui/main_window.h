@@ -25,6 +25,7 @@ class QToolButton;
 
 namespace qm::ui {
 
+class CoachController;
 class GridWidget;
 class ViewAllWindow;
 struct PrintItem;
@@ -39,6 +40,9 @@ class MainWindow : public QMainWindow, public WindowPort {
   // Reads the settings and the colour scheme, builds the grid and loads puzzle 1 of
   // the current collection.
   void StartUp();
+  // Moves to the puzzle numbered `number` (from the command line). A number that is not
+  // there is reported and puzzle 1 is shown again; false then.
+  bool StartOnPuzzle(const QString& number);
 
   // Tests answer the modal boxes and choosers through these instead of a person.
   using DialogHandler = std::function<bool(const QString& text, bool question)>;
@@ -55,6 +59,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   PuzzleModel& Model() { return model_; }
   const ColourTable& Colours() const { return colours_; }
   GridWidget* Grid() const { return grid_; }
+  CoachController* Coach() const { return coach_; }
   ViewAllWindow* ViewAllView() const { return viewAll_; }
   QDialog* HelpView() const { return help_; }
   QString StatusLine() const;
@@ -92,6 +97,8 @@ class MainWindow : public QMainWindow, public WindowPort {
   QAction* AddAction(QMenu* menu, const char* name, const QString& caption, std::function<void()> run);
   void AddCancel(QMenu* menu, const char* name);
   void ApplyScheme();
+  void ShowPuzzleInfo();
+  bool IsToggleOn(const QString& name) const;
   void ShowPositionMenu(int k, const QPoint& globalPos);
   void ArrowPressed(int index);
   void Continue();
@@ -111,6 +118,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   PuzzleModel model_;
   ColourTable colours_;
   GridWidget* grid_ = nullptr;
+  CoachController* coach_ = nullptr;
   std::array<QLabel*, 3> puzInfo_{};
   QLabel* puzNumber_ = nullptr;  // "Puzzle#"
   QLineEdit* puzNumNow_ = nullptr;

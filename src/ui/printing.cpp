@@ -192,6 +192,20 @@ PrintRangeDialog::PrintRangeDialog(int puzzleCount, int current, QWidget* parent
   form->addRow(buttons);
 }
 
+void PrintRangeDialog::accept() {
+  for (QSpinBox* box : {first_, last_}) {
+    if (box->text().trimmed().isEmpty() || !box->hasAcceptableInput()) {
+      box->setFocus();
+      return;
+    }
+  }
+  if (First() > Last()) {
+    last_->setFocus();
+    return;
+  }
+  QDialog::accept();
+}
+
 int PrintRangeDialog::First() const { return first_->value(); }
 int PrintRangeDialog::Last() const { return last_->value(); }
 int PrintRangeDialog::PerPage() const { return perPage_->currentText().toInt(); }

@@ -52,6 +52,9 @@ class PrintRangeDialog : public QDialog {
   int Last() const;
   int PerPage() const;
 
+  // Only a range from a first to a not earlier last puzzle is taken.
+  void accept() override;
+
  private:
   QSpinBox* first_ = nullptr;
   QSpinBox* last_ = nullptr;

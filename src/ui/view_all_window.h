@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "ui/background_job.h"
+
 class QLabel;
 class QTableWidget;
 
@@ -31,14 +33,24 @@ class ViewAllWindow : public QDialog {
   // `open` is handed the 1-based position of a double-clicked record.
   ViewAllWindow(std::function<void(int)> open, QWidget* parent);
 
-  // Lists the file's records; `total` is the line shown under the list.
+  // Lists the file's records; `total` is the line shown under the list. The grades are
+  // filled in as the background works them out; every column sorts.
   void Show(const std::string& path, const std::string& total);
   QTableWidget* Table() const { return table_; }
+  // Records still waiting for their grade.
+  int GradesPending() const { return pending_; }
+
+  static constexpr int kGradeColumn = 5;
 
  private:
+  void SetGrade(int ordinal, const std::string& name, int level, double score);
+
   std::function<void(int)> open_;
   QTableWidget* table_ = nullptr;
   QLabel* total_ = nullptr;
+  BackgroundJob grading_;
+  int generation_ = 0;
+  int pending_ = 0;
 };
 
 }  // namespace qm::ui

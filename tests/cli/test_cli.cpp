@@ -207,7 +207,12 @@ TEST_F(CliTest, SolutionsCountsBySearch) {
   EXPECT_EQ(j["solutions"], 1);
   EXPECT_EQ(j["complete"], true);
   EXPECT_EQ(j["first"][0], "1");
+  EXPECT_GT(j["nodes"], 0);
   EXPECT_EQ(Cli({"solutions", file, "--limit", "0"}).code, 2);
+  EXPECT_EQ(Cli({"solutions", file, "--limit", "99999999999"}).code, 2);
+  EXPECT_EQ(Cli({"solutions", file, "--time-limit", "0"}).code, 2);
+  EXPECT_EQ(Cli({"solutions", file, "--time-limit", "soon"}).code, 2);
+  EXPECT_EQ(Cli({"solutions", file, "--time-limit", "5", "--json"}).Json()["complete"], false);
 }
 
 }  // namespace

@@ -73,6 +73,36 @@ class ViewAllTest : public QObject {
     emit table->cellDoubleClicked(2, 4);
     QCOMPARE(window.Model().CurrentPuzzle, 3);
   }
+
+  void gradesArriveAndEveryColumnSorts() {
+    for (const char* name : {"puzzles.fut", "all.col", "Quillmere.cfg"}) {
+      std::filesystem::copy_file(std::string(QUILLMERE_APP_DIR) + name, AppDir() + name);
+    }
+    MainWindow window(AppDir());
+    window.StartUp();
+    window.findChild<QAction*>("mnuviewall")->trigger();
+    auto* view = window.ViewAllView();
+    QTableWidget* table = view->Table();
+    QTRY_COMPARE_WITH_TIMEOUT(view->GradesPending(), 0, 60000);
+    const int grade = qm::ui::ViewAllWindow::kGradeColumn;
+    QCOMPARE(table->horizontalHeaderItem(grade)->text(), QString("Grade"));
+    for (int row = 0; row < table->rowCount(); ++row) QVERIFY(table->item(row, grade)->text() != QString("\u2026"));
+
+    // Each column sorts by its meaning: numbers as numbers, grades by level and score.
+    auto key = [&](int row, int column) { return table->item(row, column)->data(Qt::UserRole).toDouble(); };
+    for (int column : {0, 1, 2, 3, grade}) {
+      table->sortItems(column, Qt::AscendingOrder);
+      for (int row = 1; row < table->rowCount(); ++row) QVERIFY(key(row - 1, column) <= key(row, column));
+    }
+    table->sortItems(4, Qt::DescendingOrder);
+    for (int row = 1; row < table->rowCount(); ++row) {
+      QVERIFY(table->item(row - 1, 4)->text() >= table->item(row, 4)->text());
+    }
+    // A double-click opens the puzzle of the row, wherever sorting put it.
+    table->sortItems(0, Qt::DescendingOrder);
+    emit table->cellDoubleClicked(0, 0);
+    QCOMPARE(window.Model().CurrentPuzzle, table->rowCount());
+  }
 };
 
 QM_UI_TEST(ViewAllTest);

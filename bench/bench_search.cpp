@@ -1,0 +1,140 @@
+// The exact search on the inputs that used to make it hang: clue-less 9x9 grids with
+// random sign patterns of every density, consistent and not, and the generator's unique
+// 9x9 puzzles with their clues taken away. Reports the median, p99 and worst time of a
+// single CountSolutions(2), and prints the slowest input so it can be kept as a test.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "core/headless_port.h"
+#include "core/puzzle_model.h"
+#include "generator/create_puzzle.h"
+#include "solver/solution_search.h"
+
+namespace {
+
+std::vector<int> RandomSquare(int n, std::mt19937& random) {
+  std::vector<int> rows(static_cast<std::size_t>(n));
+  std::iota(rows.begin(), rows.end(), 0);
+  std::vector<int> cols = rows;
+  std::vector<int> digits(rows.size());
+  std::iota(digits.begin(), digits.end(), 1);
+  std::shuffle(rows.begin(), rows.end(), random);
+  std::shuffle(cols.begin(), cols.end(), random);
+  std::shuffle(digits.begin(), digits.end(), random);
+  std::vector<int> square(static_cast<std::size_t>(n * n));
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j) {
+      square[static_cast<std::size_t>(i * n + j)] =
+          digits[static_cast<std::size_t>((rows[static_cast<std::size_t>(i)] + cols[static_cast<std::size_t>(j)]) % n)];
+    }
+  }
+  return square;
+}
+
+// Input i: density i / count, signs read off a random square for even i (consistent)
+// and of random direction for odd i (inconsistent once dense).
+qm::PuzzleModel SignPattern(int i, int count, std::mt19937& random) {
+  qm::PuzzleModel m;
+  qm::SetSize(m, 9);
+  const std::vector<int> square = RandomSquare(9, random);
+  const double density = static_cast<double>(i) / count;
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  auto value = [&](int k) { return square[static_cast<std::size_t>((m.RowOf[k] - 1) / 2 * 9 + (m.ColOf[k] - 1) / 2)]; };
+  for (int k = 0; k <= m.LastPosition; ++k) {
+    const qm::PositionKind kind = qm::KindOf(m, k);
+    if (kind != qm::PositionKind::HorizontalSign && kind != qm::PositionKind::VerticalSign) continue;
+    if (unit(random) >= density) continue;
+    const bool horizontal = kind == qm::PositionKind::HorizontalSign;
+    const int a = value(horizontal ? m.LeftOf[k] : m.UpOf[k]);
+    const int b = value(horizontal ? m.RightOf[k] : m.DownOf[k]);
+    const bool increasing = i % 2 == 0 ? a < b : random() % 2 == 0;
+    m.PosText[k] = horizontal ? (increasing ? "<" : ">") : (increasing ? "^" : "v");
+  }
+  return m;
+}
+
+std::string Rows(const qm::PuzzleModel& m) {
+  std::string out;
+  for (int r = 1; r <= m.LayoutExtent; ++r) {
+    out += "\"";
+    for (int c = 1; c <= m.LayoutExtent; ++c) {
+      const std::string& t = m.PosText[m.PositionOf[r][c]];
+      out += t.size() == 1 ? t : ".";
+    }
+    out += r < m.LayoutExtent ? "\", " : "\"";
+  }
+  return out;
+}
+
+void Report(benchmark::State& state, std::vector<double>& micros, const std::vector<qm::PuzzleModel>& inputs,
+            const char* what) {
+  std::vector<std::size_t> order(micros.size());
+  std::iota(order.begin(), order.end(), 0);
+  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return micros[a] < micros[b]; });
+  auto at = [&](double q) { return micros[order[static_cast<std::size_t>(q * static_cast<double>(order.size() - 1))]]; };
+  state.counters["median_us"] = at(0.5);
+  state.counters["p99_us"] = at(0.99);
+  state.counters["worst_us"] = micros[order.back()];
+  const qm::PuzzleModel& slowest = inputs[order.back()];
+  const qm::SolutionCount count = qm::CountSolutions(slowest, 2);
+  std::fprintf(stderr, "slowest %s (%.0f us, %lld nodes, %d solutions): {{%s}, %d},\n", what, micros[order.back()],
+               count.nodes, count.count, Rows(slowest).c_str(), count.count);
+}
+
+void TimeEach(benchmark::State& state, const std::vector<qm::PuzzleModel>& inputs, const char* what) {
+  std::vector<double> micros(inputs.size());
+  std::vector<long long> nodes(inputs.size());
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+      const auto start = std::chrono::steady_clock::now();
+      nodes[i] = qm::CountSolutions(inputs[i], 2).nodes;
+      micros[i] = std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
+    }
+  }
+  std::sort(nodes.begin(), nodes.end());
+  state.counters["median_nodes"] = static_cast<double>(nodes[nodes.size() / 2]);
+  Report(state, micros, inputs, what);
+  state.SetItemsProcessed(state.iterations() * static_cast<long>(inputs.size()));
+}
+
+void BM_SearchSignPatterns9x9(benchmark::State& state) {
+  constexpr int kInputs = 6000;
+  std::mt19937 random(11);
+  std::vector<qm::PuzzleModel> inputs;
+  inputs.reserve(kInputs);
+  for (int i = 0; i < kInputs; ++i) inputs.push_back(SignPattern(i, kInputs, random));
+  TimeEach(state, inputs, "sign pattern");
+}
+BENCHMARK(BM_SearchSignPatterns9x9)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+void BM_SearchGeneratedWithoutClues9x9(benchmark::State& state) {
+  constexpr int kInputs = 300;
+  qm::PuzzleModel model;
+  qm::HeadlessPort port;
+  qm::SeedRandom(model, 2026);
+  qm::Generator generator;
+  generator.ClueSpec = qm::kCluesByLevel;
+  std::vector<qm::PuzzleModel> inputs;
+  for (int i = 0; i < kInputs; ++i) {
+    generator.RequestedLevel = 1 + i % 4;
+    do {
+      qm::SetSize(model, 9);
+    } while (qm::CreatePuzzle(model, port, generator) != 99);
+    qm::PuzzleModel bare = model;
+    for (int k = 0; k <= bare.LastPosition; ++k) {
+      if (qm::IsCell(bare, k)) bare.PosText[k].clear();
+    }
+    inputs.push_back(bare);
+  }
+  TimeEach(state, inputs, "generated puzzle without clues");
+}
+BENCHMARK(BM_SearchGeneratedWithoutClues9x9)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+}  // namespace

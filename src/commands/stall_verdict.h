@@ -1,0 +1,21 @@
+// What an exact search says about a puzzle the six techniques could not finish.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "core/puzzle_model.h"
+
+namespace qm {
+
+inline constexpr std::string_view kVerdictUnique =
+    "A search finds exactly one solution: it needs techniques beyond these six (Solve \u2192 Next Step "
+    "explains them)";
+inline constexpr std::string_view kVerdictSeveral = "A search finds at least two solutions";
+inline constexpr std::string_view kVerdictNone = "A search finds no solution";
+
+// The status line after Auto-solve reported "This puzzle has multiple solutions": the
+// search runs on the texts as the command left them (put back as they were before it).
+std::string StallVerdict(const PuzzleModel& model);
+
+}  // namespace qm

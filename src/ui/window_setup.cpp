@@ -1,0 +1,65 @@
+#include "ui/window_setup.h"
+
+#include <algorithm>
+
+namespace qm::ui {
+
+namespace {
+
+QColor ToQColor(Rgb c) { return QColor(Red(c), Green(c), Blue(c)); }
+
+}  // namespace
+
+QSize FitToScreen(QSize wanted, const QRect& available) {
+  if (!available.isValid()) return wanted;
+  // Leave room for the frame and title bar the window manager adds.
+  constexpr int kFrame = 40;
+  const int width = std::max(320, std::min(wanted.width(), available.width() - kFrame));
+  const int height = std::max(240, std::min(wanted.height(), available.height() - 2 * kFrame));
+  return {std::min(width, available.width()), std::min(height, available.height())};
+}
+
+QPalette SchemePalette(const ColourTable& colours) {
+  const auto& c = colours.colour;
+  QPalette palette;
+  for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
+    palette.setColor(group, QPalette::Window, ToQColor(c[kGridColour]));
+    palette.setColor(group, QPalette::WindowText, ToQColor(c[kTextColour]));
+    palette.setColor(group, QPalette::Base, ToQColor(c[kCellColour]));
+    palette.setColor(group, QPalette::AlternateBase, ToQColor(c[kButtonColour]));
+    palette.setColor(group, QPalette::Text, ToQColor(c[kTextColour]));
+    palette.setColor(group, QPalette::PlaceholderText, ToQColor(c[kCandidateColour]));
+    palette.setColor(group, QPalette::Button, ToQColor(c[kButtonColour]));
+    palette.setColor(group, QPalette::ButtonText, ToQColor(c[kTextColour]));
+    palette.setColor(group, QPalette::Highlight, ToQColor(c[kHighlightColour]));
+    palette.setColor(group, QPalette::HighlightedText, ToQColor(c[kTextColour]));
+    palette.setColor(group, QPalette::ToolTipBase, ToQColor(c[kCellColour]));
+    palette.setColor(group, QPalette::ToolTipText, ToQColor(c[kTextColour]));
+    palette.setColor(group, QPalette::Link, ToQColor(c[kClueColour]));
+  }
+  // Disabled entries: the candidates' colour, which is readable but quieter.
+  palette.setColor(QPalette::Disabled, QPalette::Window, ToQColor(c[kGridColour]));
+  palette.setColor(QPalette::Disabled, QPalette::Base, ToQColor(c[kGridColour]));
+  palette.setColor(QPalette::Disabled, QPalette::Button, ToQColor(c[kButtonColour]));
+  for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+    palette.setColor(QPalette::Disabled, role, ToQColor(c[kCandidateColour]));
+  }
+  return palette;
+}
+
+QMessageBox::Icon MessageIcon(const QString& text) {
+  static const QStringList marks = {"error",   "could not", "not found", "invalid",   "not a valid",
+                                    "cannot",  "failed",    "must ",     "too many", "no puzzles"};
+  const QString lower = text.toLower();
+  for (const QString& mark : marks) {
+    if (lower.contains(mark)) return QMessageBox::Critical;
+  }
+  return QMessageBox::Information;
+}
+
+QString WithBitmapExtension(const QString& path) {
+  if (path.isEmpty() || path.endsWith(".bmp", Qt::CaseInsensitive)) return path;
+  return path + ".bmp";
+}
+
+}  // namespace qm::ui
