@@ -76,6 +76,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   std::string ProgressLine() const override;
   void SetBusy(bool busy) override;
   void ProcessEvents() override;
+  void WaitForEvents() override;
   void SetPacingTimer(bool enabled, int intervalMs) override;
   void ShowPosition(int k) override;
   void ShowCellText(int k, const std::string& text) override;
