@@ -850,6 +850,10 @@ void MainWindow::mousePressEvent(QMouseEvent* event) {
   QMainWindow::mousePressEvent(event);
 }
 
+bool MainWindow::OpenFile(const QString& path) {
+  return OpenCollection(model_, *this, path.toStdString()) == CommandResult::Done;
+}
+
 void MainWindow::Exit() {
   if (!AskYesNo("Exit?")) return;
   WriteSettings(model_, *this);

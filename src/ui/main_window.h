@@ -43,6 +43,8 @@ class MainWindow : public QMainWindow, public WindowPort {
   // Moves to the puzzle numbered `number` (from the command line). A number that is not
   // there is reported and puzzle 1 is shown again; false then.
   bool StartOnPuzzle(const QString& number);
+  // Opens a collection file as Load does after its chooser; false when it cannot be read.
+  bool OpenFile(const QString& path);
 
   // Tests answer the modal boxes and choosers through these instead of a person.
   using DialogHandler = std::function<bool(const QString& text, bool question)>;
