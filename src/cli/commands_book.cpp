@@ -1,0 +1,268 @@
+// book and render: printable pages and single pictures drawn by the page renderer.
+// They need the Qt build; the Qt-free build keeps the commands and says so.
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/cli_support.h"
+#include "cli/commands.h"
+#include "core/collection_file.h"
+#include "core/text_rules.h"
+#include "export/save_command.h"
+#include "reasoning/ladder.h"
+
+#ifdef QUILLMERE_HAS_RENDER
+#include <QGuiApplication>
+#include <QImage>
+#include <QPageLayout>
+#include <QPageSize>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QSvgGenerator>
+
+#include "render/page_renderer.h"
+#endif
+
+namespace qm::cli {
+
+namespace {
+
+struct BookArgs {
+  std::string file;
+  std::string range;
+  bool rangeGiven = false;
+  int perPage = 4;
+  int answersPerPage = 12;
+  bool noAnswers = false;
+  std::string title;
+  std::string page = "a4";
+  bool landscape = false;
+  std::string order = "file";
+  std::string out;
+};
+
+struct RenderArgs {
+  PuzzleArgs puzzle;
+  bool solution = false;
+  std::string out;
+};
+
+bool EndsWith(std::string text, std::string_view tail) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+}
+
+std::string FileNameOf(const std::string& path) {
+  const auto slash = path.find_last_of('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+#ifdef QUILLMERE_HAS_RENDER
+
+// A Qt GUI application for the fonts and painting, on the offscreen platform unless
+// the caller chose another, so that no display is needed.
+class HeadlessGui {
+ public:
+  HeadlessGui() {
+    if (QCoreApplication::instance() != nullptr) return;
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    app_ = std::make_unique<QGuiApplication>(argc_, argv_);
+  }
+
+ private:
+  int argc_ = 1;
+  char name_[14] = "quillmere-cli";
+  char* argv_[2] = {name_, nullptr};
+  std::unique_ptr<QGuiApplication> app_;
+};
+
+constexpr double kBookMarginMm = 7.0;
+
+int RunBook(Output& output, BookArgs args) {
+  if (args.out.empty()) throw UsageError{"-o: the output file name is empty"};
+  if (args.rangeGiven && args.range.empty()) throw UsageError{"--range is empty"};
+  const int count = CountPuzzles(args.file);
+  Range range = ParseRange(args.range);
+  if (!args.rangeGiven) range.last = count;
+  if (count == 0) return Fail(output, "There are no puzzles in this file", {{"file", args.file}});
+  if (range.last > count) {
+    throw UsageError{"--range " + args.range + " goes past the file's " + std::to_string(count) + " puzzles"};
+  }
+  if (!EndsWith(args.out, ".pdf")) args.out += ".pdf";
+
+  std::vector<render::PrintedPuzzle> puzzles;
+  std::vector<std::pair<int, double>> grades;  // level and score, when ordering by grade
+  PuzzleModel model;
+  HeadlessPort port;
+  for (int n = range.first; n <= range.last; ++n) {
+    if (ReadPuzzle(model, port, args.file, n).notFound) {
+      return Fail(output, Cp1252ToUtf8(ReadErrorMessage(n, args.file)), {{"ordinal", n}});
+    }
+    puzzles.push_back(render::TakePuzzle(model, n));
+    if (args.order == "grade") {
+      const reasoning::Grade grade = reasoning::ExplainModel(model).grade;
+      puzzles.back().grade = grade.name;
+      grades.emplace_back(grade.level, grade.score);
+    }
+  }
+  if (args.order == "grade") {
+    // Easiest first; puzzles of the same grade keep the file's order.
+    std::vector<std::size_t> order(puzzles.size());
+    for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return grades[a] < grades[b]; });
+    std::vector<render::PrintedPuzzle> sorted;
+    for (std::size_t i : order) sorted.push_back(std::move(puzzles[i]));
+    puzzles = std::move(sorted);
+  }
+
+  HeadlessGui gui;
+  render::BookOptions options;
+  options.title = QString::fromStdString(args.title.empty() ? FileNameOf(args.file) : args.title);
+  options.perPage = args.perPage;
+  options.answersPerPage = args.answersPerPage;
+  options.answers = !args.noAnswers;
+  const std::vector<render::Page> pages = render::PlanBook(puzzles, options);
+
+  QPdfWriter writer(QString::fromStdString(args.out));
+  writer.setTitle(options.title);
+  writer.setCreator(QStringLiteral("Quillmere"));
+  writer.setResolution(600);
+  writer.setPageLayout(QPageLayout(QPageSize(args.page == "letter" ? QPageSize::Letter : QPageSize::A4),
+                                   args.landscape ? QPageLayout::Landscape : QPageLayout::Portrait,
+                                   QMarginsF(kBookMarginMm, kBookMarginMm, kBookMarginMm, kBookMarginMm),
+                                   QPageLayout::Millimeter));
+  if (!render::PaintBook(writer, pages, options)) {
+    return Fail(output, Cp1252ToUtf8(WriteErrorMessage(args.out)), {{"file", args.out}});
+  }
+  const int pageCount = static_cast<int>(pages.size());
+  const int puzzleCount = static_cast<int>(puzzles.size());
+  if (output.json) {
+    PrintJson(output, Json{{"file", args.out}, {"pages", pageCount}, {"puzzles", puzzleCount}});
+  } else {
+    output.out << "Wrote " << args.out << ": " << pageCount << " pages, " << puzzleCount << " puzzles\n";
+  }
+  return kExitOk;
+}
+
+// A picture a little larger than the grid: 10 mm a cell, 2 mm of white around it.
+constexpr double kRenderCellMm = 10.0;
+constexpr double kRenderMarginMm = 2.0;
+
+int RunRender(Output& output, const RenderArgs& args, PuzzleModel& model) {
+  enum class Kind { Svg, Png, Pdf };
+  Kind kind = Kind::Svg;
+  if (EndsWith(args.out, ".png")) {
+    kind = Kind::Png;
+  } else if (EndsWith(args.out, ".pdf")) {
+    kind = Kind::Pdf;
+  } else if (!EndsWith(args.out, ".svg")) {
+    throw UsageError{"-o: the file name must end in .svg, .png or .pdf, got " + args.out};
+  }
+  HeadlessGui gui;
+  render::PrintedPuzzle puzzle = render::TakePuzzle(model, args.puzzle.ordinal);
+  const render::GridStyle style = args.solution ? render::GridStyle::Answer : render::GridStyle::Puzzle;
+  const double gridMm = render::GridUnits(model.GridSize) * kRenderCellMm;
+  const double sideMm = gridMm + 2 * kRenderMarginMm;
+  const QString file = QString::fromStdString(args.out);
+  bool written = false;
+  switch (kind) {
+    case Kind::Svg: {
+      constexpr double dpi = 96.0;
+      const double px = sideMm * dpi / 25.4;
+      QSvgGenerator svg;
+      svg.setFileName(file);
+      svg.setResolution(static_cast<int>(dpi));
+      svg.setSize(QSize(static_cast<int>(std::ceil(px)), static_cast<int>(std::ceil(px))));
+      svg.setViewBox(QRectF(0, 0, px, px));
+      svg.setTitle(QString::fromStdString(FileNameOf(args.puzzle.file)) + QStringLiteral(" #%1").arg(args.puzzle.ordinal));
+      QPainter painter;
+      if (painter.begin(&svg)) {
+        const double margin = kRenderMarginMm * dpi / 25.4;
+        render::DrawGrid(painter, QRectF(margin, margin, px - 2 * margin, px - 2 * margin), puzzle, style);
+        written = painter.end();
+      }
+      break;
+    }
+    case Kind::Png: {
+      constexpr double dpi = 300.0;
+      const int px = static_cast<int>(std::ceil(sideMm * dpi / 25.4));
+      QImage image(px, px, QImage::Format_RGB32);
+      image.fill(Qt::white);
+      image.setDotsPerMeterX(static_cast<int>(dpi / 0.0254));
+      image.setDotsPerMeterY(static_cast<int>(dpi / 0.0254));
+      QPainter painter(&image);
+      const double margin = kRenderMarginMm * dpi / 25.4;
+      render::DrawGrid(painter, QRectF(margin, margin, px - 2 * margin, px - 2 * margin), puzzle, style);
+      painter.end();
+      written = image.save(file, "PNG");
+      break;
+    }
+    case Kind::Pdf: {
+      QPdfWriter writer(file);
+      writer.setTitle(QString::fromStdString(FileNameOf(args.puzzle.file)) + QStringLiteral(" #%1").arg(args.puzzle.ordinal));
+      writer.setCreator(QStringLiteral("Quillmere"));
+      writer.setPageLayout(QPageLayout(QPageSize(QSizeF(sideMm, sideMm), QPageSize::Millimeter), QPageLayout::Portrait,
+                                       QMarginsF(kRenderMarginMm, kRenderMarginMm, kRenderMarginMm, kRenderMarginMm),
+                                       QPageLayout::Millimeter));
+      QPainter painter;
+      if (painter.begin(&writer)) {
+        render::DrawGrid(painter, QRectF(0, 0, writer.width(), writer.height()), puzzle, style);
+        written = painter.end();
+      }
+      break;
+    }
+  }
+  if (!written) return Fail(output, Cp1252ToUtf8(WriteErrorMessage(args.out)), {{"file", args.out}});
+  if (output.json) {
+    PrintJson(output, Json{{"file", args.out}, {"ordinal", args.puzzle.ordinal}, {"solution", args.solution}});
+  } else {
+    output.out << "Wrote " << args.out << '\n';
+  }
+  return kExitOk;
+}
+
+#else
+
+int NeedsQt(Output& output, const std::string& command) {
+  output.err << command << " needs the Qt build of quillmere-cli (this one was built without Qt)\n";
+  return kExitUsage;
+}
+
+int RunBook(Output& output, const BookArgs&) { return NeedsQt(output, "book"); }
+int RunRender(Output& output, const RenderArgs&, PuzzleModel&) { return NeedsQt(output, "render"); }
+
+#endif
+
+}  // namespace
+
+void RegisterBookCommands(CLI::App& app, CommandList& commands, bool& json) {
+  auto book = std::make_shared<BookArgs>();
+  CLI::App* command = AddCommand(app, commands, "book",
+                                 "Make a printable PDF book of the file's puzzles with the answers after them", json,
+                                 [book](Output& output) { return RunBook(output, *book); });
+  command->add_option("FILE", book->file, "Collection file")->required();
+  CLI::Option* range = command->add_option("--range", book->range, "Puzzles A-B (or one number); default all");
+  range->each([book](const std::string&) { book->rangeGiven = true; });
+  command->add_option("--per-page", book->perPage, "Puzzles a page, 1 to 20 (default 4)")->check(CLI::Range(1, 20));
+  command->add_option("--answers-per-page", book->answersPerPage, "Answers a page, 1 to 20 (default 12)")
+      ->check(CLI::Range(1, 20));
+  command->add_flag("--no-answers", book->noAnswers, "Leave out the answer key");
+  command->add_option("--title", book->title, "The book's title (default the file's name)");
+  command->add_option("--page", book->page, "a4 or letter (default a4)")->check(CLI::IsMember({"a4", "letter"}));
+  command->add_flag("--landscape", book->landscape, "Landscape pages");
+  command->add_option("--order", book->order, "file or grade (default file)")->check(CLI::IsMember({"file", "grade"}));
+  command->add_option("-o,--out", book->out, "Output PDF (\".pdf\" is added when missing)")->required();
+
+  auto picture = std::make_shared<RenderArgs>();
+  CLI::App* render = AddPuzzleCommand(
+      app, commands, "render", "Draw one puzzle or its solution as the print renderer does, to SVG, PNG or PDF", json,
+      false, [picture](Output& output, const PuzzleArgs& args, PuzzleModel& model, HeadlessPort&) {
+        picture->puzzle = args;
+        return RunRender(output, *picture, model);
+      });
+  render->add_flag("--solution", picture->solution, "Draw the solution instead of the puzzle");
+  render->add_option("-o,--out", picture->out, "Output file: .svg, .png or .pdf")->required();
+}
+
+}  // namespace qm::cli
