@@ -14,6 +14,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPageSetupDialog>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QPrinterInfo>
@@ -328,6 +329,7 @@ void MainWindow::BuildMenus() {
   QMenu* print = menuBar()->addMenu("Print");
   AddAction(print, "mnuprintcurrent", "Current Puzzle", [this] { PrintCurrent(); });
   AddAction(print, "mnuprintfile", "Puzzles from File", [this] { PrintFromFile(); });
+  AddAction(print, "mnupagesetup", "Page Setup...", [this] { PageSetup(); });
   AddCancel(print, "mnucan");
   coach_->Install(*this);
   DecorateMenus(*menuBar(), [this](const QString& name) { return IsToggleOn(name); });
@@ -644,9 +646,13 @@ void MainWindow::ShowHelp() {
 
 void MainWindow::PrintCurrent() {
   if (model_.SolverBusy) return;
-  // The puzzle in the upper half of the page, its solution below.
+  // The puzzle on its page and, when wanted, its solution on the next one.
   const PrintedPuzzle puzzle = TakePuzzle(model_, model_.CurrentPuzzle);
-  RunPrint({{&puzzle, false}, {&puzzle, true}}, 2);
+  render::BookOptions options;
+  options.title = PrintTitle();
+  options.answersOnOwnPage = true;
+  options.answers = AskYesNo("Print the solution on the next page?");
+  RunPrint(render::PlanBook({puzzle}, options), options);
 }
 
 void MainWindow::PrintFromFile() {
@@ -682,30 +688,59 @@ void MainWindow::PrintFromFile() {
   model_.CancelRequest = kNo;
   if (!failure.empty()) ShowMessage(failure);
   if (!failure.empty() || cancelled) return;
-  RunPrint(FileLayout(puzzles, range.PerPage()), range.PerPage());
+  render::BookOptions options;
+  options.title = PrintTitle();
+  options.perPage = range.PerPage();
+  options.answersPerPage = range.AnswersPerPage();
+  options.answers = range.Answers();
+  RunPrint(render::PlanBook(puzzles, options), options);
 }
 
-void MainWindow::RunPrint(const std::vector<PrintItem>& items, int perPage) {
+QString MainWindow::PrintTitle() const {
+  const std::string& file = model_.CurrentFile;
+  const auto slash = file.find_last_of('/');
+  return QString::fromStdString(slash == std::string::npos ? file : file.substr(slash + 1));
+}
+
+std::string MainWindow::PageLayoutFile() const { return ApplicationDirectoryOf(model_) + "Quillmere-print.ini"; }
+
+void MainWindow::PageSetup() {
   QPrinter printer(QPrinter::HighResolution);
-  std::string pdf;
+  RestorePageLayout(printer, PageLayoutFile());
+  QPageSetupDialog dialog(&printer, this);
+  dialog.setObjectName("frmpagesetup");
+  if (RunModal(dialog) == QDialog::Accepted) RememberPageLayout(printer, PageLayoutFile());
+}
+
+void MainWindow::RunPrint(const std::vector<render::Page>& pages, const render::BookOptions& options) {
+  QPrinter printer(QPrinter::HighResolution);
+  RestorePageLayout(printer, PageLayoutFile());
+  printer.setDocName(options.title);
   if (printToPdf_ || QPrinterInfo::availablePrinters().isEmpty()) {
-    // Without a printer the pages go to a PDF file.
-    pdf = ChooseFileKeepingDirectory(
+    // Without a printer the pages go straight to a PDF file: named once, here.
+    std::string pdf = ChooseFileKeepingDirectory(
         *this, {"Quillmere", "*.pdf", "PDF Files", ApplicationDirectoryOf(model_), ChooserMode::Save});
-    if (pdf.empty() || !ConfirmOverwrite(*this, pdf)) return;
+    if (pdf.empty()) return;
+    if (!QString::fromStdString(pdf).endsWith(".pdf", Qt::CaseInsensitive)) pdf += ".pdf";
+    if (!ConfirmOverwrite(*this, pdf)) return;
     printer.setOutputFormat(QPrinter::PdfFormat);
     printer.setOutputFileName(QString::fromStdString(pdf));
+    SetBusy(true);
+    const bool printed = PrintBook(printer, pages, options);
+    SetBusy(false);
+    ShowMessage(printed ? "The pages were written to " + pdf : WriteErrorMessage(pdf));
+    return;
   }
   model_.CancelRequest = kNo;
   QPrintPreviewDialog preview(&printer, this);
   preview.setObjectName("frmprintpreview");
   connect(&preview, &QPrintPreviewDialog::paintRequested, this, [&](QPrinter* target) {
     SetBusy(true);
-    const bool printed = PrintPuzzles(*target, items, perPage);
+    PrintBook(*target, pages, options);
     SetBusy(false);
-    if (!printed && target->outputFormat() == QPrinter::PdfFormat) ShowMessage(WriteErrorMessage(pdf));
   });
-  RunModal(preview);
+  // The page size, orientation and margins chosen in the preview are kept for next time.
+  if (RunModal(preview) == QDialog::Accepted) RememberPageLayout(printer, PageLayoutFile());
   model_.CancelRequest = kNo;
 }
 

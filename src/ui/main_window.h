@@ -23,12 +23,16 @@ class QPushButton;
 class QTimer;
 class QToolButton;
 
+namespace qm::render {
+struct Page;
+struct BookOptions;
+}  // namespace qm::render
+
 namespace qm::ui {
 
 class CoachController;
 class GridWidget;
 class ViewAllWindow;
-struct PrintItem;
 
 class MainWindow : public QMainWindow, public WindowPort {
   Q_OBJECT
@@ -111,7 +115,11 @@ class MainWindow : public QMainWindow, public WindowPort {
   void ShowHelp();
   void PrintCurrent();
   void PrintFromFile();
-  void RunPrint(const std::vector<PrintItem>& items, int perPage);
+  void RunPrint(const std::vector<render::Page>& pages, const render::BookOptions& options);
+  void PageSetup();
+  QString PrintTitle() const;
+  // The page layout chosen last, beside the settings file (whose form is fixed).
+  std::string PageLayoutFile() const;
   void OpenFromView(int n);
 
   PuzzleModel model_;

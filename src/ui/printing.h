@@ -1,5 +1,5 @@
-// Printing: puzzles and their solutions drawn on printer pages, several to a page,
-// each with its number and description, the solutions on the pages after the puzzles.
+// Printing: the page renderer's book pages on a printer or a PDF file, and the page
+// layout the person chose last.
 #pragma once
 
 #include <QDialog>
@@ -7,40 +7,26 @@
 #include <vector>
 
 #include "core/puzzle_model.h"
+#include "render/page_renderer.h"
 
+class QCheckBox;
 class QComboBox;
 class QPrinter;
 class QSpinBox;
 
 namespace qm::ui {
 
-// What a printed puzzle needs, taken from the model so that the model can move on.
-struct PrintedPuzzle {
-  int number = 0;
-  std::string comment;  // code page 1252, as the model holds it
-  int size = 0;
-  // Per layout row and column (0-based): the puzzle's character (a clue digit, a sign or
-  // blank) and the solution's character (blank when unknown).
-  std::vector<std::string> puzzle;
-  std::vector<std::string> solution;
-};
+using render::PrintedPuzzle;
+using render::TakePuzzle;
 
-// The puzzle the model holds: its clues and signs, and its stored solution.
-PrintedPuzzle TakePuzzle(const PuzzleModel& model, int number);
+// Prints the planned pages on the printer (or its PDF file) with the page renderer.
+// False when the painter could not start on the printer (such as an unwritable PDF).
+bool PrintBook(QPrinter& printer, const std::vector<render::Page>& pages, const render::BookOptions& options);
 
-// One place on a page: a puzzle or its solution, or nothing (an empty place).
-struct PrintItem {
-  const PrintedPuzzle* puzzle = nullptr;
-  bool solution = false;
-};
-
-// The puzzles in order, then their solutions starting on a new page.
-std::vector<PrintItem> FileLayout(const std::vector<PrintedPuzzle>& puzzles, int perPage);
-
-// Draws the items `perPage` to a page (1, 2, 4, 6 or 9), each with its number and
-// description. False when the painter could not start on the printer (such as an
-// unwritable PDF file).
-bool PrintPuzzles(QPrinter& printer, const std::vector<PrintItem>& items, int perPage);
+// The page size, orientation and margins last chosen, kept in `file` (an INI file of
+// its own, so the settings file keeps its fixed form). False when none is kept.
+bool RestorePageLayout(QPrinter& printer, const std::string& file);
+void RememberPageLayout(const QPrinter& printer, const std::string& file);
 
 // Asks which puzzles of the file to print and how many to a page.
 class PrintRangeDialog : public QDialog {
@@ -51,6 +37,8 @@ class PrintRangeDialog : public QDialog {
   int First() const;
   int Last() const;
   int PerPage() const;
+  int AnswersPerPage() const;
+  bool Answers() const;
 
   // Only a range from a first to a not earlier last puzzle is taken.
   void accept() override;
@@ -59,6 +47,8 @@ class PrintRangeDialog : public QDialog {
   QSpinBox* first_ = nullptr;
   QSpinBox* last_ = nullptr;
   QComboBox* perPage_ = nullptr;
+  QSpinBox* answersPerPage_ = nullptr;
+  QCheckBox* answers_ = nullptr;
 };
 
 }  // namespace qm::ui
