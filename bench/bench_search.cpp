@@ -16,34 +16,17 @@
 #include "core/puzzle_model.h"
 #include "generator/create_puzzle.h"
 #include "solver/solution_search.h"
+#include "support/random_square.h"
 
 namespace {
 
-std::vector<int> RandomSquare(int n, std::mt19937& random) {
-  std::vector<int> rows(static_cast<std::size_t>(n));
-  std::iota(rows.begin(), rows.end(), 0);
-  std::vector<int> cols = rows;
-  std::vector<int> digits(rows.size());
-  std::iota(digits.begin(), digits.end(), 1);
-  std::shuffle(rows.begin(), rows.end(), random);
-  std::shuffle(cols.begin(), cols.end(), random);
-  std::shuffle(digits.begin(), digits.end(), random);
-  std::vector<int> square(static_cast<std::size_t>(n * n));
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < n; ++j) {
-      square[static_cast<std::size_t>(i * n + j)] =
-          digits[static_cast<std::size_t>((rows[static_cast<std::size_t>(i)] + cols[static_cast<std::size_t>(j)]) % n)];
-    }
-  }
-  return square;
-}
 
 // Input i: density i / count, signs read off a random square for even i (consistent)
 // and of random direction for odd i (inconsistent once dense).
 qm::PuzzleModel SignPattern(int i, int count, std::mt19937& random) {
   qm::PuzzleModel m;
   qm::SetSize(m, 9);
-  const std::vector<int> square = RandomSquare(9, random);
+  const std::vector<int> square = qm::test::RandomSquare(9, random);
   const double density = static_cast<double>(i) / count;
   std::uniform_real_distribution<double> unit(0.0, 1.0);
   auto value = [&](int k) { return square[static_cast<std::size_t>((m.RowOf[k] - 1) / 2 * 9 + (m.ColOf[k] - 1) / 2)]; };

@@ -7,6 +7,7 @@ namespace qm::cli {
 int RunCli(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
   CLI::App app{"Quillmere: the headless face of the inequality puzzle workbench", "quillmere-cli"};
   app.require_subcommand(1, 1);
+  app.set_version_flag("--version", "quillmere-cli 2.0");
   bool json = false;
   app.add_flag("--json", json, "Print one JSON object on stdout");
   CommandList commands;

@@ -13,9 +13,11 @@
 #include "cli/command_report.h"
 #include "cli/commands.h"
 #include "collections/collection_commands.h"
+#include "collections/merge_shards.h"
 #include "collections/sort_file.h"
 #include "core/collection_file.h"
 #include "core/text_file.h"
+#include "core/text_rules.h"
 
 namespace qm::cli {
 
@@ -146,9 +148,30 @@ void AddBackupAndCopy(CLI::App& app, CommandList& commands, bool& json) {
   command->add_option("DEST", copy->destination, "The copy")->required();
 }
 
+void AddMerge(CLI::App& app, CommandList& commands, bool& json) {
+  auto output = std::make_shared<std::string>();
+  auto shards = std::make_shared<std::vector<std::string>>();
+  CLI::App* command = AddCommand(
+      app, commands, "merge", "Interleave the shard files of a sharded create into the file one run would write",
+      json, [output, shards](Output& out) {
+        const MergeResult merged = MergeShards(*shards, Named(*output, "OUT"));
+        if (!merged.ok) return Fail(out, merged.message, {{"file", *output}});
+        const std::string message = Str(merged.records) + " Puzzles merged into file: " + *output;
+        if (out.json) {
+          PrintJson(out, Json{{"file", *output}, {"records", merged.records}, {"message", message}});
+        } else {
+          out.out << message << '\n';
+        }
+        return kExitOk;
+      });
+  command->add_option("OUT", *output, "The merged collection file (replaced)")->required();
+  command->add_option("SHARD", *shards, "Shard files, shard 1 first")->required();
+}
+
 }  // namespace
 
 void RegisterCollectionCommands(CLI::App& app, CommandList& commands, bool& json) {
+  AddMerge(app, commands, json);
   AddSort(app, commands, json);
   AddAppend(app, commands, json);
   AddDelete(app, commands, json);

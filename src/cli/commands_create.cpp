@@ -5,6 +5,7 @@
 #include <cctype>
 #include <charconv>
 #include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <optional>
 
@@ -31,6 +32,7 @@ struct CreateArgs {
   std::optional<std::uint64_t> seed;
   int jobs = 1;
   std::string stamp;
+  std::string shard;  // "I/N"
   int minGrade = 0;
   int maxGrade = reasoning::kTopRung;
 };
@@ -162,6 +164,12 @@ int RunCreate(Output& output, const CreateArgs& args) {
   BatchOptions batch;
   batch.stamp = Utf8ToCp1252(args.stamp);
   batch.jobs = args.jobs;
+  if (!args.shard.empty()) {
+    if (args.display) throw UsageError{"--shard makes part of a batch for a file: it cannot go with --display"};
+    const auto slash = args.shard.find('/');
+    batch.shardIndex = std::stoi(args.shard.substr(0, slash));
+    batch.shardCount = std::stoi(args.shard.substr(slash + 1));
+  }
   const bool graded = args.minGrade > 0 || args.maxGrade < reasoning::kTopRung;
   auto refusals = std::make_shared<std::atomic<long>>(0);
   auto outside = std::make_shared<std::atomic<int>>(0);
@@ -229,6 +237,21 @@ void RegisterCreateCommands(CLI::App& app, CommandList& commands, bool& json) {
       ->transform(CLI::Validator(GradeLevelOption, "LEVEL"));
   create->add_option("--max-grade", args->maxGrade, "Keep only puzzles graded at most this (1..8 or a grade name)")
       ->transform(CLI::Validator(GradeLevelOption, "LEVEL"));
+  create->add_option("--shard", args->shard,
+                     "Make only shard I of N: puzzles I, I+N, I+2N, ... of the request, numbered as in one run")
+      ->type_name("I/N")
+      ->check(CLI::Validator(
+          [](std::string& value) -> std::string {
+            int index = 0;
+            int count = 0;
+            char extra = 0;
+            if (std::sscanf(value.c_str(), "%d/%d%c", &index, &count, &extra) != 2 || count < 1 || index < 1 ||
+                index > count) {
+              return "--shard must be I/N with 1 <= I <= N";
+            }
+            return "";
+          },
+          "I/N"));
   create->add_option("--jobs", args->jobs, "Worker threads (default 1); the file is the same for any number")
       ->check(CLI::Range(1, 64));
   create->add_option("--stamp", args->stamp,

@@ -138,6 +138,10 @@ CommandResult mnuload(PuzzleModel& model, WindowPort& port) {
   const std::string chosen =
       ChooseCollectionFile(model, port, "Quillmere", kCollectionPatterns, ChooserMode::Open);
   if (chosen.empty()) return CommandResult::Cancelled;
+  return OpenCollection(model, port, chosen);
+}
+
+CommandResult OpenCollection(PuzzleModel& model, WindowPort& port, const std::string& chosen) {
   const int puzzle = model.CurrentPuzzle;
   const std::string file = model.CurrentFile;
   const int count = model.PuzzleCount;

@@ -33,6 +33,8 @@ CommandResult mnureload(PuzzleModel& model, WindowPort& port);
 // File -> "Load": chooses a collection file and reads its first puzzle; when that fails
 // the file, ordinal and count of before are kept.
 CommandResult mnuload(PuzzleModel& model, WindowPort& port);
+// Load's work once a file is chosen (also a file named on the window's command line).
+CommandResult OpenCollection(PuzzleModel& model, WindowPort& port, const std::string& chosen);
 
 // Puzzle -> "Append": appends the current puzzle to a chosen file (all its found
 // solutions when SolutionList has some and the user says so), then reads back.

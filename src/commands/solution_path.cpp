@@ -70,6 +70,7 @@ SolutionPath FindSolutionPath(const PuzzleModel& start, const std::atomic<bool>*
     path.steps.push_back(std::move(s));
   }
   path.cancelled = result.cancelled;
+  path.broken = result.broken;
   path.solved = result.solved;
   path.grade.level = result.grade.level;
   path.grade.name = result.grade.name;

@@ -34,6 +34,7 @@ struct PathGrade {
 struct SolutionPath {
   bool solved = false;
   bool cancelled = false;
+  bool broken = false;  // the starting grid contradicts itself
   PathGrade grade;
   std::vector<PathStep> steps;
 };

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
@@ -134,13 +135,58 @@ bool IsRegularFile(const std::string& path) {
   return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
+namespace {
+
+std::string WithSlash(std::string text) {
+  if (text.empty() || text.back() != '/') text += '/';
+  return text;
+}
+
+// Installed, the program's folder holds no data: the shipped files are in
+// ../share/quillmere, read-only. Each user then works in a folder of their own, filled
+// from there with whatever it lacks, where settings and collections can be written.
+std::string UserDataDirectory(const std::filesystem::path& shipped) {
+  namespace fs = std::filesystem;
+  const char* xdg = std::getenv("XDG_DATA_HOME");
+  const char* home = std::getenv("HOME");
+  fs::path base;
+  if (xdg != nullptr && *xdg == '/') {
+    base = xdg;
+  } else if (home != nullptr && *home != 0) {
+    base = fs::path(home) / ".local" / "share";
+  } else {
+    return {};
+  }
+  const fs::path mine = base / "Quillmere";
+  std::error_code ec;
+  fs::create_directories(mine, ec);
+  if (ec) return {};
+  for (fs::directory_iterator it(shipped, ec), end; !ec && it != end; it.increment(ec)) {
+    std::error_code copyError;
+    if (it->is_regular_file(copyError) && !fs::exists(mine / it->path().filename(), copyError)) {
+      fs::copy_file(it->path(), mine / it->path().filename(), copyError);
+    }
+  }
+  return mine.string();
+}
+
+}  // namespace
+
 std::string ApplicationDirectory() {
   std::error_code ec;
   auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
-  std::filesystem::path dir = ec ? std::filesystem::current_path(ec) : exe.parent_path();
-  std::string text = dir.string();
-  if (text.empty() || text.back() != '/') text += '/';
-  return text;
+  return ApplicationDirectoryFor(ec ? std::filesystem::current_path(ec) : exe.parent_path());
+}
+
+std::string ApplicationDirectoryFor(const std::filesystem::path& dir) {
+  namespace fs = std::filesystem;
+  std::error_code ec;
+  const fs::path shipped = dir.parent_path() / "share" / "quillmere";
+  if (!fs::exists(dir / "puzzles.fut", ec) && fs::is_directory(shipped, ec)) {
+    const std::string mine = UserDataDirectory(shipped);
+    if (!mine.empty()) return WithSlash(mine);
+  }
+  return WithSlash(dir.string());
 }
 
 }  // namespace qm

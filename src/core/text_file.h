@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <utility>
@@ -63,7 +64,10 @@ bool WriteWholeFile(const std::string& path, std::string_view bytes);
 // True for an existing regular file (not a folder, FIFO or device).
 bool IsRegularFile(const std::string& path);
 
-// The directory of the running program, with a trailing "/".
+// The application directory, with a trailing "/": the running program's folder, or,
+// when the program is installed (its folder holds no data beside ../share/quillmere),
+// the user's own folder (XDG data home)/Quillmere, filled from there with what it lacks.
 std::string ApplicationDirectory();
+std::string ApplicationDirectoryFor(const std::filesystem::path& programDirectory);
 
 }  // namespace qm

@@ -55,6 +55,9 @@ class WindowPort {
   virtual void SetBusy(bool busy) = 0;
   // Lets pending user events through from inside a long loop (cancel, pacing keys).
   virtual void ProcessEvents() = 0;
+  // Sleeps until at least one user or timer event has come, then handles it: the wait
+  // for the first go-ahead of a paced solve must not burn a core.
+  virtual void WaitForEvents() { ProcessEvents(); }
   // The one-shot pacing timer: enabled or not, and its interval in milliseconds.
   virtual void SetPacingTimer(bool enabled, int intervalMs) = 0;
 

@@ -29,6 +29,10 @@ struct BatchPlan {
   int clueSpec = kCluesByLevel;
   int level = 3;
   std::function<bool(const PuzzleModel&)> accept;
+  int shardIndex = 1;
+  int shardCount = 1;
+  // The batch's j-th puzzle is puzzle Index(j) of the whole request.
+  int Index(int j) const { return shardIndex + (j - 1) * shardCount; }
 };
 
 std::string SizeText(int n) { return std::to_string(n) + "x" + std::to_string(n); }
@@ -56,7 +60,7 @@ int CountClues(const PuzzleModel& model) {
 // Makes puzzle i in `model` from its own stream, trying until CreatePuzzle succeeds.
 // False when a cancel request stops it.
 bool MakeBatchPuzzle(PuzzleModel& model, WindowPort& port, Generator& generator, const BatchPlan& plan, int i) {
-  SeedRandom(model, PuzzleStreamSeed(plan.base, i));
+  SeedRandom(model, PuzzleStreamSeed(plan.base, plan.Index(i)));
   // Each puzzle starts from the cell order of a fresh set-up: the order another
   // puzzle left would tie it to the puzzles made before it on the same model.
   generator.CellOrderSize = 0;
@@ -220,7 +224,9 @@ BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& gener
   BatchResult result;
   port.SetBusy(true);
   const int remembered = model.CurrentPuzzle;
+  const bool sharded = options.shardCount > 1;
   int count = settings.count;
+  if (sharded) count = options.shardIndex > count ? 0 : (count - options.shardIndex) / options.shardCount + 1;
   model.ConstraintCount = 0;
   generator.ClueSpec = settings.clueSpec;
   generator.RequestedLevel = settings.level;
@@ -231,7 +237,9 @@ BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& gener
                        model.Random(),
                        settings.clueSpec,
                        settings.level,
-                       options.accept};
+                       options.accept,
+                       options.shardIndex,
+                       options.shardCount};
   const bool displayOnly = count == 1 && settings.displayOne;
 
   model.CancelRequest = kNo;
@@ -274,6 +282,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& gener
       result.puzzles.push_back(std::move(created));
       return result;
     }
+    if (sharded) number = plan.Index(i);
     if (number < 0) number = CountPuzzles(settings.outputFile) + 1;
     if (!WritePuzzle(model, port, title, number, settings.outputFile)) {
       result.writeFailed = true;

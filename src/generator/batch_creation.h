@@ -28,6 +28,11 @@ struct BatchOptions {
   // When set, a finished puzzle it refuses is made again from the same stream, and the
   // creation test of each attempt stays as it is. Called from the worker threads.
   std::function<bool(const PuzzleModel&)> accept;
+  // One shard of the request: puzzles i = shardIndex, shardIndex + shardCount, ... of
+  // the whole count, each from the same stream as in a single run and written under
+  // its final record number i, so that merging the shards gives the single run's file.
+  int shardIndex = 1;
+  int shardCount = 1;
   // When set, its text (if any) follows the automatic title after a blank.
   std::function<std::string(const PuzzleModel&)> titleNote;
 };

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string_view>
 
+#include "solver/grid_masks.h"
 #include "solver/solution_search.h"
 
 namespace qm::reasoning {
@@ -695,20 +696,12 @@ Grid GridFromModel(const PuzzleModel& model) {
   Grid g;
   g.n = model.GridSize;
   const int n = g.n;
-  auto cellOf = [&](int k) { return (model.RowOf[k] - 1) / 2 * n + (model.ColOf[k] - 1) / 2; };
   for (int i = 1; i <= n; ++i) {
     for (int j = 1; j <= n; ++j) {
       const std::string& text = model.PosText[CellPosition(model, i, j)];
-      DigitMask m = 0;
-      bool anyDigit = false;
-      for (char ch : text) {
-        if (ch < '0' || ch > '9') continue;
-        anyDigit = true;
-        if (ch >= '1' && ch - '0' <= n) m |= masks::Bit(ch - '0');
-      }
       const auto c = static_cast<std::size_t>((i - 1) * n + (j - 1));
-      g.cand[c] = anyDigit ? m : masks::Full(n);
-      g.placed[c] = anyDigit && text.size() == 1 && m != 0;
+      g.cand[c] = CellMask(text, n);
+      g.placed[c] = text.size() == 1 && text[0] >= '1' && text[0] - '0' <= n;
     }
   }
   // Placed digits leave their lines at once: nobody counts that as a step.
@@ -722,16 +715,7 @@ Grid GridFromModel(const PuzzleModel& model) {
       }
     }
   }
-  for (int k = 0; k <= model.LastPosition; ++k) {
-    const std::string& t = model.PosText[k];
-    const PositionKind kind = KindOf(model, k);
-    if (t.size() != 1 || (kind != PositionKind::HorizontalSign && kind != PositionKind::VerticalSign)) continue;
-    const bool horizontal = kind == PositionKind::HorizontalSign;
-    const int before = cellOf(horizontal ? model.LeftOf[k] : model.UpOf[k]);
-    const int after = cellOf(horizontal ? model.RightOf[k] : model.DownOf[k]);
-    if (t == "<" || t == "^") g.AddSign(after, before);
-    if (t == ">" || t == "v") g.AddSign(before, after);
-  }
+  ForEachSign(model, [&](int greater, int smaller) { g.AddSign(greater, smaller); });
   return g;
 }
 

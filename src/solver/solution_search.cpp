@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "solver/digit_masks.h"
+#include "solver/grid_masks.h"
 
 namespace qm {
 
@@ -392,34 +393,13 @@ class Search {
 SolutionCount CountSolutions(const PuzzleModel& model, const SearchOptions& options) {
   const int n = model.GridSize;
   Search search(n, options);
-  auto cellIndex = [&](int k) { return (model.RowOf[k] - 1) / 2 * n + (model.ColOf[k] - 1) / 2; };
-
   Domains dom{};
   for (int i = 1; i <= n; ++i) {
     for (int j = 1; j <= n; ++j) {
-      const std::string& text = model.PosText[CellPosition(model, i, j)];
-      DigitMask m = 0;
-      bool anyDigit = false;
-      for (char c : text) {
-        if (c < '0' || c > '9') continue;
-        anyDigit = true;
-        if (c >= '1' && c - '0' <= n) m |= masks::Bit(c - '0');
-      }
-      // A digit outside 1..N leaves the cell no choice; text without digits all of them.
-      if (!anyDigit) m = masks::Full(n);
-      dom[static_cast<std::size_t>((i - 1) * n + (j - 1))] = m;
+      dom[static_cast<std::size_t>((i - 1) * n + (j - 1))] = CellMask(model.PosText[CellPosition(model, i, j)], n);
     }
   }
-  for (int k = 0; k <= model.LastPosition; ++k) {
-    const std::string& t = model.PosText[k];
-    const PositionKind kind = KindOf(model, k);
-    if (t.size() != 1 || (kind != PositionKind::HorizontalSign && kind != PositionKind::VerticalSign)) continue;
-    const bool horizontal = kind == PositionKind::HorizontalSign;
-    const int before = cellIndex(horizontal ? model.LeftOf[k] : model.UpOf[k]);
-    const int after = cellIndex(horizontal ? model.RightOf[k] : model.DownOf[k]);
-    if (t == "<" || t == "^") search.AddRelation(after, before);
-    if (t == ">" || t == "v") search.AddRelation(before, after);
-  }
+  ForEachSign(model, [&](int greater, int smaller) { search.AddRelation(greater, smaller); });
 
   search.Run(dom);
   SolutionCount result = search.result();
@@ -428,7 +408,7 @@ SolutionCount CountSolutions(const PuzzleModel& model, const SearchOptions& opti
     for (int k = 0; k <= model.LastPosition; ++k) {
       const PositionKind kind = KindOf(model, k);
       if (kind == PositionKind::Cell) {
-        const DigitMask m = search.first()[static_cast<std::size_t>(cellIndex(k))];
+        const DigitMask m = search.first()[static_cast<std::size_t>(CellIndex(model, k))];
         result.first[static_cast<std::size_t>(k)] = std::string(1, static_cast<char>('0' + masks::Lowest(m)));
       } else if (kind != PositionKind::Corner) {
         result.first[static_cast<std::size_t>(k)] = model.PosText[k];

@@ -155,7 +155,7 @@ AutoSolveResult PacedAutoSolve(PuzzleModel& model, WindowPort& port) {
   model.StepGo = 0;
   port.SetPacingTimer(false, model.PacingInterval);
   // Cancel ends step mode: then there is nothing to wait for, and nothing to solve.
-  while (model.StepGo == 0 && model.StepMode != 0) port.ProcessEvents();
+  while (model.StepGo == 0 && model.StepMode != 0) port.WaitForEvents();
   if (model.StepMode == 0) {
     AutoSolveResult cancelled;
     cancelled.solve.status = kBroken;

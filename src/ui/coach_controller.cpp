@@ -312,8 +312,9 @@ void CoachController::NextStep() {
     if (path.steps.empty()) {
       Unlight();
       hintLevel_ = 0;
-      port_.SetStatusLine(path.solved ? "Nothing is left to deduce: the grid is complete"
-                                      : "No step is found from here: the rest needs a search");
+      port_.SetStatusLine(path.solved   ? "Nothing is left to deduce: the grid is complete"
+                          : path.broken ? "The grid as entered contradicts itself: check your digits and marks"
+                                        : "No step is found from here: the rest needs a search");
       return;
     }
     hintStep_ = path.steps.front();

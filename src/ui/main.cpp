@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
   QCommandLineParser options;
   options.setApplicationDescription("Quillmere: a workbench for inequality puzzles");
   options.addHelpOption();
+  options.addVersionOption();
   const QCommandLineOption screenshot("screenshot", "Save a picture of the window to FILE and quit.", "FILE");
   const QCommandLineOption puzzle("puzzle", "Start on puzzle N of the current collection.", "N");
   const QCommandLineOption scheme("scheme", "Use the colour scheme NAME (such as slate) for this run.", "NAME");
@@ -30,6 +31,7 @@ int main(int argc, char** argv) {
   options.addOption(scheme);
   options.addOption(pathStep);
   options.addOption(hint);
+  options.addPositionalArgument("file", "A collection file (*.fut) to open.", "[file]");
   options.process(app);
 
   qm::ui::MainWindow window(qm::ApplicationDirectory());
@@ -46,7 +48,11 @@ int main(int argc, char** argv) {
   window.show();
   window.StartUp();
   bool started = true;
-  if (options.isSet(puzzle)) started = window.StartOnPuzzle(options.value(puzzle));
+  // A collection named on the command line (a double-click on a *.fut file) opens first.
+  if (!options.positionalArguments().isEmpty()) {
+    started = window.OpenFile(options.positionalArguments().front());
+  }
+  if (options.isSet(puzzle)) started = window.StartOnPuzzle(options.value(puzzle)) && started;
   if (options.isSet(scheme)) {
     auto* schemes = window.findChild<QComboBox*>("Combo1");
     const int index = schemes->findText(options.value(scheme));

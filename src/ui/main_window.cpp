@@ -321,7 +321,15 @@ void MainWindow::BuildMenus() {
 
   QMenu* solve = menuBar()->addMenu("Solve");
   AddAction(solve, "mnuautosol", "Auto (no pause)", [this] { coach_->AfterAutoSolve(AutoSolve(model_, *this).outcome); });
-  AddAction(solve, "mnuautosolpause", "Auto (with pause)", [this] { coach_->AfterAutoSolve(PacedAutoSolve(model_, *this).outcome); });
+  AddAction(solve, "mnuautosolpause", "Auto (with pause)", [this] {
+    const AutoSolveResult result = PacedAutoSolve(model_, *this);
+    // Exit during the wait closed the window inside this nested loop; end the program now.
+    if (exiting_) {
+      QCoreApplication::quit();
+      return;
+    }
+    coach_->AfterAutoSolve(result.outcome);
+  });
   AddAction(solve, "mnuviewsol", "View Solution", [this] { ToggleSolutionView(model_, *this); });
   AddAction(solve, "mnuverify", "Verify", [this] { Verify(model_, *this); });
   AddCancel(solve, "can2");
@@ -407,6 +415,8 @@ void MainWindow::ToggleSchemeList(bool show) {
 // WindowPort ----------------------------------------------------------------------------
 
 void MainWindow::ShowMessage(const std::string& text) {
+  // A solve cut short by Exit has nothing left to say: the window is gone.
+  if (exiting_) return;
   const QString message = QString::fromStdString(text);
   if (dialogHandler_) {
     dialogHandler_(message, false);
@@ -471,6 +481,10 @@ void MainWindow::ProcessEvents() {
     lastEvents_ = now;
   }
   QCoreApplication::processEvents();
+}
+
+void MainWindow::WaitForEvents() {
+  QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
 }
 
 void MainWindow::SetPacingTimer(bool enabled, int intervalMs) {
@@ -869,6 +883,10 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
 void MainWindow::mousePressEvent(QMouseEvent* event) {
   Continue();
   QMainWindow::mousePressEvent(event);
+}
+
+bool MainWindow::OpenFile(const QString& path) {
+  return OpenCollection(model_, *this, path.toStdString()) == CommandResult::Done;
 }
 
 void MainWindow::Exit() {

@@ -47,6 +47,8 @@ class MainWindow : public QMainWindow, public WindowPort {
   // Moves to the puzzle numbered `number` (from the command line). A number that is not
   // there is reported and puzzle 1 is shown again; false then.
   bool StartOnPuzzle(const QString& number);
+  // Opens a collection file as Load does after its chooser; false when it cannot be read.
+  bool OpenFile(const QString& path);
 
   // Tests answer the modal boxes and choosers through these instead of a person.
   using DialogHandler = std::function<bool(const QString& text, bool question)>;
@@ -80,6 +82,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   std::string ProgressLine() const override;
   void SetBusy(bool busy) override;
   void ProcessEvents() override;
+  void WaitForEvents() override;
   void SetPacingTimer(bool enabled, int intervalMs) override;
   void ShowPosition(int k) override;
   void ShowCellText(int k, const std::string& text) override;

@@ -12,6 +12,7 @@
 #include "core/headless_port.h"
 #include "generator/create_puzzle.h"
 #include "solver/solution_search.h"
+#include "support/random_square.h"
 #include "support/test_grids.h"
 
 namespace qm::reasoning {
@@ -129,29 +130,11 @@ TEST(Ladder, FishTakeADigitFromCrossingLines) {
   EXPECT_FALSE(TryTechnique(grid, "Swordfish", step));
 }
 
-std::vector<int> RandomSquare(int n, std::mt19937& random) {
-  std::vector<int> rows(static_cast<std::size_t>(n));
-  std::iota(rows.begin(), rows.end(), 0);
-  std::vector<int> cols = rows;
-  std::vector<int> digits(rows.size());
-  std::iota(digits.begin(), digits.end(), 1);
-  std::shuffle(rows.begin(), rows.end(), random);
-  std::shuffle(cols.begin(), cols.end(), random);
-  std::shuffle(digits.begin(), digits.end(), random);
-  std::vector<int> square(static_cast<std::size_t>(n * n));
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < n; ++j) {
-      square[static_cast<std::size_t>(i * n + j)] =
-          digits[static_cast<std::size_t>((rows[static_cast<std::size_t>(i)] + cols[static_cast<std::size_t>(j)]) % n)];
-    }
-  }
-  return square;
-}
 
 // A unique puzzle of random clues and signs read off a random square, or nothing.
 bool RandomUniquePuzzle(std::mt19937& random, int n, PuzzleModel& m, std::vector<int>& square) {
   SetSize(m, n);
-  square = RandomSquare(n, random);
+  square = test::RandomSquare(n, random);
   std::uniform_real_distribution<double> unit(0, 1);
   const double signs = 0.3 + 0.6 * unit(random);
   const double clues = 0.25 * unit(random);

@@ -11,30 +11,13 @@
 #include <vector>
 
 #include "solver/solution_search.h"
+#include "support/random_square.h"
 #include "support/reference_search.h"
 #include "support/test_grids.h"
 
 namespace qm {
 namespace {
 
-std::vector<int> RandomSquare(int n, std::mt19937& random) {
-  std::vector<int> rows(static_cast<std::size_t>(n));
-  std::iota(rows.begin(), rows.end(), 0);
-  std::vector<int> cols = rows;
-  std::vector<int> digits(rows.size());
-  std::iota(digits.begin(), digits.end(), 1);
-  std::shuffle(rows.begin(), rows.end(), random);
-  std::shuffle(cols.begin(), cols.end(), random);
-  std::shuffle(digits.begin(), digits.end(), random);
-  std::vector<int> square(static_cast<std::size_t>(n * n));
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < n; ++j) {
-      square[static_cast<std::size_t>(i * n + j)] =
-          digits[static_cast<std::size_t>((rows[static_cast<std::size_t>(i)] + cols[static_cast<std::size_t>(j)]) % n)];
-    }
-  }
-  return square;
-}
 
 int CellValue(const PuzzleModel& m, const std::vector<int>& square, int k) {
   return square[static_cast<std::size_t>((m.RowOf[k] - 1) / 2 * m.GridSize + (m.ColOf[k] - 1) / 2)];
@@ -47,7 +30,7 @@ enum class Kind { SignsOnly, Clues, Contradictory, Solved, Candidates };
 PuzzleModel RandomGrid(std::mt19937& random, int n, Kind kind) {
   PuzzleModel m;
   SetSize(m, n);
-  const std::vector<int> square = RandomSquare(n, random);
+  const std::vector<int> square = test::RandomSquare(n, random);
   const double density = std::uniform_real_distribution<double>(0.0, 1.0)(random);
   const bool consistent = random() % 3 != 0;
   std::uniform_real_distribution<double> unit(0.0, 1.0);

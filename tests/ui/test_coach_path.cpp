@@ -95,6 +95,17 @@ class CoachPathTest : public QObject {
     // A single mark is as good as a digit: the path from there finishes.
     const qm::SolutionPath path = qm::FindSolutionPath(qm::PathStart(model, &Coach().State()));
     QVERIFY(path.solved);
+    // Marks that leave a cell no digit its lines allow: the hint says the grid is at fault.
+    {
+      qm::CoachState wrong = Coach().State();
+      int other = -1;
+      for (int p = 0; p <= model.LastPosition && other < 0; ++p) {
+        if (p != k && qm::IsCell(model, p) && model.PosText[p].empty() && model.RowOf[p] == model.RowOf[k]) other = p;
+      }
+      QVERIFY(other >= 0);
+      wrong.Marks[other] = qm::MarkBit(digit);  // the same single digit twice in a row
+      QVERIFY(qm::FindSolutionPath(qm::PathStart(model, &wrong)).broken);
+    }
     // Applying a removal keeps to the marks: a marked cell only loses digits.
     Coach().NextStep();
     Coach().NextStep();

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QtTest>
+#include <sys/resource.h>
 #include <filesystem>
 
 #include "core/text_rules.h"
@@ -136,6 +137,34 @@ class MainWindowTest : public QObject {
     Trigger("mnuautosolpause");
     QVERIFY(clock.elapsed() < 5000);  // did not wait for the 20 s pace
     QCOMPARE(window_->Model().StepMode, std::int16_t{0});
+  }
+
+  // Waiting for the first Space press sleeps on events: a second of waiting costs
+  // almost no processor time. Exit meanwhile ends the solve quietly and quits.
+  void pacedSolveWaitsQuietlyAndExitEndsIt() {
+    Open();
+    window_->Model().PacingInterval = 20000;
+    double cpuSeconds = -1;
+    auto processTime = [] {
+      rusage usage{};
+      getrusage(RUSAGE_SELF, &usage);
+      return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+    };
+    double start = 0;
+    QTimer::singleShot(200, window_.get(), [&] { start = processTime(); });
+    QTimer::singleShot(1200, window_.get(), [&] {
+      cpuSeconds = processTime() - start;
+      window_->findChild<QAction*>("cmdexit")->trigger();
+    });
+    QElapsedTimer clock;
+    clock.start();
+    Trigger("mnuautosolpause");
+    QVERIFY(clock.elapsed() < 2500);
+    qInfo("processor time over one second of waiting: %.3f s", cpuSeconds);
+    QVERIFY(cpuSeconds >= 0 && cpuSeconds < 0.2);  // a spinning wait takes most of the second
+    QVERIFY(!window_->isVisible());
+    QVERIFY(!messages_.contains("This is not a valid puzzle"));
+    messages_.clear();
   }
 
   void keyboardEntryHintAndUndo() {

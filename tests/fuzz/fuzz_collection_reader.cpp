@@ -1,0 +1,49 @@
+// Any bytes as a collection file: counting, reading records, the rule checks on what
+// was read, the ladder's grid and sorting must answer without a crash, hang or
+// sanitizer report.
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "collections/sort_file.h"
+#include "core/collection_file.h"
+#include "core/headless_port.h"
+#include "core/rule_checks.h"
+#include "core/text_file.h"
+#include "reasoning/ladder.h"
+
+namespace {
+
+// In memory where the machine has it: every sort syncs its output to the disk.
+std::string ScratchPath(const char* what) {
+  const std::string folder = ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
+  return folder + "/quillmere-fuzz-" + std::to_string(::getpid()) + "-" + what + ".fut";
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const std::string input = ScratchPath("in");
+  static const std::string sorted = ScratchPath("sorted");
+  if (!qm::WriteWholeFile(input, std::string_view(reinterpret_cast<const char*>(data), size))) return 0;
+
+  const int count = qm::CountPuzzles(input);
+  qm::PuzzleModel model;
+  qm::HeadlessPort port;
+  for (const int n : {1, 2, count, count + 1}) {
+    if (qm::ReadPuzzle(model, port, input, n).notFound) continue;
+    qm::CheckExtremes(model);
+    qm::CheckGrid(model);
+    // The ladder's grid and its first step from whatever the record held.
+    const qm::reasoning::Grid grid = qm::reasoning::GridFromModel(model);
+    qm::reasoning::Step step;
+    if (!qm::reasoning::IsBroken(grid)) qm::reasoning::TryTechnique(grid, "Naked single", step);
+  }
+  const int by = size > 0 ? data[0] % 4 : 0;
+  const int order = size > 1 ? data[1] % 3 : 0;
+  qm::SortPuzzleFile(model, port, {input, sorted, by, order, size > 2 && data[2] % 2 == 0, "7", {}});
+  return 0;
+}
