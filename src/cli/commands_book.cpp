@@ -1,6 +1,10 @@
 // book and render: printable pages and single pictures drawn by the page renderer.
 // They need the Qt build; the Qt-free build keeps the commands and says so.
 #include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,6 +12,7 @@
 #include "cli/cli_support.h"
 #include "cli/commands.h"
 #include "core/collection_file.h"
+#include "core/file_replace.h"
 #include "core/text_rules.h"
 #include "export/save_command.h"
 #include "reasoning/ladder.h"
@@ -39,6 +44,7 @@ struct BookArgs {
   std::string page = "a4";
   bool landscape = false;
   std::string order = "file";
+  bool grades = false;
   std::string out;
 };
 
@@ -47,6 +53,9 @@ struct RenderArgs {
   bool solution = false;
   std::string out;
 };
+
+// The page sizes --page takes, named without Qt so the Qt-free build checks them too.
+constexpr std::array<const char*, 5> kPageNames{"a3", "a4", "a5", "letter", "legal"};
 
 bool EndsWith(std::string text, std::string_view tail) {
   std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -67,6 +76,11 @@ class HeadlessGui {
   HeadlessGui() {
     if (QCoreApplication::instance() != nullptr) return;
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Qt's notes about the session (no runtime directory and the like) are no business
+    // of a script reading our output; only its errors get through.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+      if (type == QtCriticalMsg || type == QtFatalMsg) std::fprintf(stderr, "%s\n", qPrintable(text));
+    });
     app_ = std::make_unique<QGuiApplication>(argc_, argv_);
   }
 
@@ -77,7 +91,19 @@ class HeadlessGui {
   std::unique_ptr<QGuiApplication> app_;
 };
 
-constexpr double kBookMarginMm = 7.0;
+QPageSize::PageSizeId PageSizeOf(const std::string& name) {
+  constexpr std::array<QPageSize::PageSizeId, kPageNames.size()> ids{QPageSize::A3, QPageSize::A4, QPageSize::A5,
+                                                                     QPageSize::Letter, QPageSize::Legal};
+  for (std::size_t i = 0; i < kPageNames.size(); ++i) {
+    if (name == kPageNames[i]) return ids[i];
+  }
+  return QPageSize::A4;
+}
+
+// Writes through a scratch file, so a failed book never cuts an earlier one.
+bool WriteSafely(const std::string& path, const std::function<bool(const QString&)>& write) {
+  return ReplaceFile(path, [&](const std::string& scratch) { return write(QString::fromStdString(scratch)); });
+}
 
 int RunBook(Output& output, BookArgs args) {
   if (args.out.empty()) throw UsageError{"-o: the output file name is empty"};
@@ -100,7 +126,7 @@ int RunBook(Output& output, BookArgs args) {
       return Fail(output, Cp1252ToUtf8(ReadErrorMessage(n, args.file)), {{"ordinal", n}});
     }
     puzzles.push_back(render::TakePuzzle(model, n));
-    if (args.order == "grade") {
+    if (args.order == "grade" || args.grades) {
       const reasoning::Grade grade = reasoning::ExplainModel(model).grade;
       puzzles.back().grade = grade.name;
       grades.emplace_back(grade.level, grade.score);
@@ -124,15 +150,18 @@ int RunBook(Output& output, BookArgs args) {
   options.answers = !args.noAnswers;
   const std::vector<render::Page> pages = render::PlanBook(puzzles, options);
 
-  QPdfWriter writer(QString::fromStdString(args.out));
-  writer.setTitle(options.title);
-  writer.setCreator(QStringLiteral("Quillmere"));
-  writer.setResolution(600);
-  writer.setPageLayout(QPageLayout(QPageSize(args.page == "letter" ? QPageSize::Letter : QPageSize::A4),
-                                   args.landscape ? QPageLayout::Landscape : QPageLayout::Portrait,
-                                   QMarginsF(kBookMarginMm, kBookMarginMm, kBookMarginMm, kBookMarginMm),
-                                   QPageLayout::Millimeter));
-  if (!render::PaintBook(writer, pages, options)) {
+  const bool written = WriteSafely(args.out, [&](const QString& file) {
+    QPdfWriter writer(file);
+    writer.setTitle(options.title);
+    writer.setCreator(QStringLiteral("Quillmere"));
+    writer.setResolution(600);
+    const double margin = render::kBookMarginMm;
+    writer.setPageLayout(QPageLayout(QPageSize(PageSizeOf(args.page)),
+                                     args.landscape ? QPageLayout::Landscape : QPageLayout::Portrait,
+                                     QMarginsF(margin, margin, margin, margin), QPageLayout::Millimeter));
+    return render::PaintBook(writer, pages, options);
+  });
+  if (!written) {
     return Fail(output, Cp1252ToUtf8(WriteErrorMessage(args.out)), {{"file", args.out}});
   }
   const int pageCount = static_cast<int>(pages.size());
@@ -164,55 +193,59 @@ int RunRender(Output& output, const RenderArgs& args, PuzzleModel& model) {
   const render::GridStyle style = args.solution ? render::GridStyle::Answer : render::GridStyle::Puzzle;
   const double gridMm = render::GridUnits(model.GridSize) * kRenderCellMm;
   const double sideMm = gridMm + 2 * kRenderMarginMm;
-  const QString file = QString::fromStdString(args.out);
-  bool written = false;
-  switch (kind) {
-    case Kind::Svg: {
-      constexpr double dpi = 96.0;
-      const double px = sideMm * dpi / 25.4;
-      QSvgGenerator svg;
-      svg.setFileName(file);
-      svg.setResolution(static_cast<int>(dpi));
-      svg.setSize(QSize(static_cast<int>(std::ceil(px)), static_cast<int>(std::ceil(px))));
-      svg.setViewBox(QRectF(0, 0, px, px));
-      svg.setTitle(QString::fromStdString(FileNameOf(args.puzzle.file)) + QStringLiteral(" #%1").arg(args.puzzle.ordinal));
-      QPainter painter;
-      if (painter.begin(&svg)) {
+  const QString title =
+      QString::fromStdString(FileNameOf(args.puzzle.file)) + QStringLiteral(" #%1").arg(args.puzzle.ordinal);
+  const bool written = WriteSafely(args.out, [&](const QString& file) {
+    bool done = false;
+    switch (kind) {
+      case Kind::Svg: {
+        constexpr double dpi = 96.0;
+        const double px = sideMm * dpi / 25.4;
+        QSvgGenerator svg;
+        svg.setFileName(file);
+        svg.setResolution(static_cast<int>(dpi));
+        svg.setSize(QSize(static_cast<int>(std::ceil(px)), static_cast<int>(std::ceil(px))));
+        svg.setViewBox(QRectF(0, 0, px, px));
+        svg.setTitle(title);
+        QPainter painter;
+        if (painter.begin(&svg)) {
+          const double margin = kRenderMarginMm * dpi / 25.4;
+          render::DrawGrid(painter, QRectF(margin, margin, px - 2 * margin, px - 2 * margin), puzzle, style);
+          done = painter.end();
+        }
+        break;
+      }
+      case Kind::Png: {
+        constexpr double dpi = 300.0;
+        const int px = static_cast<int>(std::ceil(sideMm * dpi / 25.4));
+        QImage image(px, px, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        image.setDotsPerMeterX(static_cast<int>(dpi / 0.0254));
+        image.setDotsPerMeterY(static_cast<int>(dpi / 0.0254));
+        QPainter painter(&image);
         const double margin = kRenderMarginMm * dpi / 25.4;
         render::DrawGrid(painter, QRectF(margin, margin, px - 2 * margin, px - 2 * margin), puzzle, style);
-        written = painter.end();
+        painter.end();
+        done = image.save(file, "PNG");
+        break;
       }
-      break;
-    }
-    case Kind::Png: {
-      constexpr double dpi = 300.0;
-      const int px = static_cast<int>(std::ceil(sideMm * dpi / 25.4));
-      QImage image(px, px, QImage::Format_RGB32);
-      image.fill(Qt::white);
-      image.setDotsPerMeterX(static_cast<int>(dpi / 0.0254));
-      image.setDotsPerMeterY(static_cast<int>(dpi / 0.0254));
-      QPainter painter(&image);
-      const double margin = kRenderMarginMm * dpi / 25.4;
-      render::DrawGrid(painter, QRectF(margin, margin, px - 2 * margin, px - 2 * margin), puzzle, style);
-      painter.end();
-      written = image.save(file, "PNG");
-      break;
-    }
-    case Kind::Pdf: {
-      QPdfWriter writer(file);
-      writer.setTitle(QString::fromStdString(FileNameOf(args.puzzle.file)) + QStringLiteral(" #%1").arg(args.puzzle.ordinal));
-      writer.setCreator(QStringLiteral("Quillmere"));
-      writer.setPageLayout(QPageLayout(QPageSize(QSizeF(sideMm, sideMm), QPageSize::Millimeter), QPageLayout::Portrait,
-                                       QMarginsF(kRenderMarginMm, kRenderMarginMm, kRenderMarginMm, kRenderMarginMm),
-                                       QPageLayout::Millimeter));
-      QPainter painter;
-      if (painter.begin(&writer)) {
-        render::DrawGrid(painter, QRectF(0, 0, writer.width(), writer.height()), puzzle, style);
-        written = painter.end();
+      case Kind::Pdf: {
+        QPdfWriter writer(file);
+        writer.setTitle(title);
+        writer.setCreator(QStringLiteral("Quillmere"));
+        writer.setPageLayout(QPageLayout(QPageSize(QSizeF(sideMm, sideMm), QPageSize::Millimeter), QPageLayout::Portrait,
+                                         QMarginsF(kRenderMarginMm, kRenderMarginMm, kRenderMarginMm, kRenderMarginMm),
+                                         QPageLayout::Millimeter));
+        QPainter painter;
+        if (painter.begin(&writer)) {
+          render::DrawGrid(painter, QRectF(0, 0, writer.width(), writer.height()), puzzle, style);
+          done = painter.end();
+        }
+        break;
       }
-      break;
     }
-  }
+    return done;
+  });
   if (!written) return Fail(output, Cp1252ToUtf8(WriteErrorMessage(args.out)), {{"file", args.out}});
   if (output.json) {
     PrintJson(output, Json{{"file", args.out}, {"ordinal", args.puzzle.ordinal}, {"solution", args.solution}});
@@ -249,9 +282,11 @@ void RegisterBookCommands(CLI::App& app, CommandList& commands, bool& json) {
       ->check(CLI::Range(1, 20));
   command->add_flag("--no-answers", book->noAnswers, "Leave out the answer key");
   command->add_option("--title", book->title, "The book's title (default the file's name)");
-  command->add_option("--page", book->page, "a4 or letter (default a4)")->check(CLI::IsMember({"a4", "letter"}));
+  command->add_option("--page", book->page, "a4, letter, a3, a5 or legal (default a4)")
+      ->check(CLI::IsMember(std::vector<std::string>(kPageNames.begin(), kPageNames.end())));
   command->add_flag("--landscape", book->landscape, "Landscape pages");
   command->add_option("--order", book->order, "file or grade (default file)")->check(CLI::IsMember({"file", "grade"}));
+  command->add_flag("--grades", book->grades, "Name each puzzle's grade in its caption");
   command->add_option("-o,--out", book->out, "Output PDF (\".pdf\" is added when missing)")->required();
 
   auto picture = std::make_shared<RenderArgs>();

@@ -4,6 +4,7 @@
 #include <QPagedPaintDevice>
 #include <QPainter>
 #include <QPainterPath>
+#include <QStringList>
 #include <algorithm>
 #include <cmath>
 
@@ -13,16 +14,21 @@ namespace qm::render {
 
 namespace {
 
-// The gap between cells, as a share of a cell: wide enough for a chevron, narrow enough
-// that a 9x9 at six a page on A4 keeps cells of 8 mm.
-constexpr double kGapShare = 0.24;
+// The gap between cells, as a share of a cell: wide enough for a bold chevron, narrow
+// enough that six 9x9 grids on an A4 page keep cells of 8 mm.
+constexpr double kGapShare = 0.21;
+// A sign's shape, in shares of the gap (across it) and of a cell (along it). Depth and
+// stroke together leave a white strip on either side, so a sign never meets a box.
+constexpr double kSignDepth = 0.48;
+constexpr double kSignStroke = 0.22;
+constexpr double kSignLength = 0.36;
 
 // Bands of the page, in millimetres.
 constexpr double kHeaderMm = 6.0;
 constexpr double kFooterMm = 5.0;
-constexpr double kPuzzleCaptionMm = 4.0;
-constexpr double kAnswerCaptionMm = 3.4;
-constexpr double kSlotPaddingMm = 1.2;
+constexpr double kPuzzleCaptionMm = 3.6;
+constexpr double kAnswerCaptionMm = 3.2;
+constexpr double kSlotPaddingMm = 1.4;
 
 const QColor kSolvedInk(40, 80, 150);
 const QColor kGivenFill(228, 228, 228);
@@ -72,13 +78,13 @@ void DrawSign(QPainter& painter, char sign, const QRectF& gap, double depth, dou
 
 // Columns and rows for `places` items on a page of the given shape: the arrangement
 // that gives each square grid the largest side.
-std::pair<int, int> Arrangement(int places, double width, double height, double caption) {
+std::pair<int, int> Arrangement(int places, double width, double height, double caption, double padding) {
   std::pair<int, int> best{1, places};
   double bestSide = -1;
   for (int columns = 1; columns <= places; ++columns) {
     const int rows = (places + columns - 1) / columns;
     if ((columns - 1) * rows >= places) continue;  // a whole column would stay empty
-    const double side = std::min(width / columns, height / rows - caption);
+    const double side = std::min(width / columns - 2 * padding, height / rows - caption - padding);
     if (side > bestSide + 1e-9) {
       bestSide = side;
       best = {columns, rows};
@@ -87,11 +93,56 @@ std::pair<int, int> Arrangement(int places, double width, double height, double 
   return best;
 }
 
+// What the running header says a page holds: "Answers", or its puzzles' numbers as a
+// run ("Puzzles 5-8") when they follow on, else one by one (a book ordered by grade).
+QString Section(const Page& page) {
+  if (page.answers) return QStringLiteral("Answers");
+  QStringList numbers;
+  bool run = true;
+  for (std::size_t i = 0; i < page.items.size(); ++i) {
+    const int number = page.items[i].puzzle->number;
+    if (i > 0 && number != page.items[i - 1].puzzle->number + 1) run = false;
+    numbers << QString::number(number);
+  }
+  if (numbers.isEmpty()) return {};
+  if (numbers.size() == 1) return QStringLiteral("Puzzle ") + numbers.front();
+  if (run) return QStringLiteral("Puzzles %1-%2").arg(numbers.front(), numbers.back());
+  return QStringLiteral("Puzzles ") + numbers.join(QStringLiteral(", "));
+}
+
 QString Text(const std::string& cp1252) { return QString::fromStdString(Cp1252ToUtf8(cp1252)); }
 
 }  // namespace
 
 double GridUnits(int size) { return size + (size - 1) * kGapShare; }
+
+double SignLength(double cell) { return cell * (kSignLength + kGapShare * kSignStroke); }
+
+PageGeometry LayOutPage(const QRectF& area, double mm, const Page& page) {
+  PageGeometry geometry;
+  geometry.header = QRectF(area.left(), area.top(), area.width(), kHeaderMm * mm);
+  geometry.footer = QRectF(area.left(), area.bottom() - kFooterMm * mm, area.width(), kFooterMm * mm);
+  const QRectF body(area.left(), geometry.header.bottom(), area.width(),
+                    geometry.footer.top() - geometry.header.bottom());
+  const double caption = (page.answers ? kAnswerCaptionMm : kPuzzleCaptionMm) * mm;
+  const double padding = kSlotPaddingMm * mm;
+  const auto [columns, rows] = Arrangement(std::max(1, page.places), body.width(), body.height(), caption, padding);
+  const double slotWidth = body.width() / columns;
+  const double slotHeight = body.height() / rows;
+  for (std::size_t s = 0; s < page.items.size(); ++s) {
+    const int column = static_cast<int>(s) % columns;
+    const int row = static_cast<int>(s) / columns;
+    const QRectF slot(body.left() + column * slotWidth, body.top() + row * slotHeight, slotWidth, slotHeight);
+    // The caption sits just above the grid and is as wide as it; the grid takes the rest
+    // of the slot, centred, with a little white towards the next slot.
+    const QRectF room = slot.adjusted(padding, caption, -padding, -padding);
+    const double side = std::max(0.0, std::min(room.width(), room.height()));
+    const QRectF square(room.center().x() - side / 2, room.center().y() - side / 2, side, side);
+    geometry.grids.push_back(square);
+    geometry.captions.emplace_back(square.left(), square.top() - caption, square.width(), caption);
+  }
+  return geometry;
+}
 
 PrintedPuzzle TakePuzzle(const PuzzleModel& model, int number) {
   PrintedPuzzle printed;
@@ -156,8 +207,8 @@ void DrawGrid(QPainter& painter, const QRectF& box, const PrintedPuzzle& puzzle,
   const bool answer = style == GridStyle::Answer;
   const std::vector<std::string>& rows = answer ? puzzle.solution : puzzle.puzzle;
 
-  const QPen boxPen(Qt::black, std::max(0.5, cell / 40));
-  QPen signPen(Qt::black, gap * 0.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+  const QPen boxPen(Qt::black, cell / 50);
+  const QPen signPen(Qt::black, gap * kSignStroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
   const QFont given = SizedFont(cell * 0.62, true);
   const QFont solved = SizedFont(cell * 0.62, false);
   auto at = [](const std::vector<std::string>& lines, int r, int c) {
@@ -188,7 +239,7 @@ void DrawGrid(QPainter& painter, const QRectF& box, const PrintedPuzzle& puzzle,
       } else if (IsSign(ch)) {
         painter.setPen(signPen);
         painter.setBrush(Qt::NoBrush);
-        DrawSign(painter, ch, rect, gap * 0.5, cell * 0.5);
+        DrawSign(painter, ch, rect, gap * kSignDepth, cell * kSignLength);
       }
     }
   }
@@ -201,62 +252,43 @@ bool PaintBook(QPagedPaintDevice& device, const std::vector<Page>& pages, const 
   const double mm = device.logicalDpiY() / 25.4;
   const QRectF area(0, 0, device.width(), device.height());
   const int total = static_cast<int>(pages.size());
-  const QPen rule(Qt::black, std::max(0.5, 0.15 * mm));
+  const QPen rule(Qt::black, 0.15 * mm);
+  const QFont titleFont = SizedFont(5.0 * mm, true);
+  const QFont furniture = SizedFont(2.8 * mm, false);
 
   for (int p = 0; p < total; ++p) {
     if (p > 0) device.newPage();
     const Page& page = pages[static_cast<std::size_t>(p)];
+    const PageGeometry geometry = LayOutPage(area, mm, page);
 
     // The furniture: the book's title on the first page, a running header after it,
     // the page number at the foot.
-    const QRectF header(area.left(), area.top(), area.width(), kHeaderMm * mm);
-    if (p == 0) {
-      painter.setFont(SizedFont(5.0 * mm, true));
-      painter.setPen(Qt::black);
-      painter.drawText(header, Qt::AlignHCenter | Qt::AlignVCenter, options.title);
-    } else {
-      painter.setFont(SizedFont(2.8 * mm, false));
-      painter.setPen(Qt::black);
-      const QRectF line = header.adjusted(0, 0, 0, -1.2 * mm);
-      painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, options.title);
-      QString section = QStringLiteral("Answers");
-      if (!page.answers && !page.items.empty()) {
-        const int first = page.items.front().puzzle->number;
-        const int last = page.items.back().puzzle->number;
-        section = first == last ? QStringLiteral("Puzzle %1").arg(first)
-                                : QStringLiteral("Puzzles %1-%2").arg(first).arg(last);
-      }
-      painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, section);
-      painter.setPen(rule);
-      painter.drawLine(QPointF(header.left(), header.bottom() - 0.8 * mm),
-                       QPointF(header.right(), header.bottom() - 0.8 * mm));
-    }
-    const QRectF footer(area.left(), area.bottom() - kFooterMm * mm, area.width(), kFooterMm * mm);
-    painter.setFont(SizedFont(2.8 * mm, false));
     painter.setPen(Qt::black);
-    painter.drawText(footer, Qt::AlignHCenter | Qt::AlignBottom, QStringLiteral("Page %1 of %2").arg(p + 1).arg(total));
+    if (p == 0) {
+      painter.setFont(titleFont);
+      painter.drawText(geometry.header, Qt::AlignHCenter | Qt::AlignVCenter, options.title);
+    } else {
+      painter.setFont(furniture);
+      const QRectF line = geometry.header.adjusted(0, 0, 0, -1.2 * mm);
+      painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, options.title);
+      painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, Section(page));
+      painter.setPen(rule);
+      const double y = geometry.header.bottom() - 0.8 * mm;
+      painter.drawLine(QPointF(geometry.header.left(), y), QPointF(geometry.header.right(), y));
+      painter.setPen(Qt::black);
+    }
+    painter.setFont(furniture);
+    painter.drawText(geometry.footer, Qt::AlignHCenter | Qt::AlignBottom,
+                     QStringLiteral("Page %1 of %2").arg(p + 1).arg(total));
 
-    // The items: each grid as large as its slot allows, centred under its caption.
-    const QRectF body(area.left(), header.bottom(), area.width(), footer.top() - header.bottom());
-    const double caption = (page.answers ? kAnswerCaptionMm : kPuzzleCaptionMm) * mm;
-    const double padding = kSlotPaddingMm * mm;
-    const auto [columns, rows] = Arrangement(std::max(1, page.places), body.width(), body.height(), caption);
-    const double slotWidth = body.width() / columns;
-    const double slotHeight = body.height() / rows;
-    const QFont captionFont = SizedFont(caption * 0.72, false);
-    const QFont captionBold = SizedFont(caption * 0.72, true);
     for (std::size_t s = 0; s < page.items.size(); ++s) {
       const PageSlot& slot = page.items[s];
       if (slot.puzzle == nullptr) continue;
       const PrintedPuzzle& puzzle = *slot.puzzle;
-      const int column = static_cast<int>(s) % columns;
-      const int row = static_cast<int>(s) / columns;
-      const QRectF box(body.left() + column * slotWidth, body.top() + row * slotHeight, slotWidth, slotHeight);
-      const QRectF gridBox = box.adjusted(padding, caption, -padding, -padding);
-      const double side = std::min(gridBox.width(), gridBox.height());
-      const QRectF square(gridBox.center().x() - side / 2, gridBox.top() + (gridBox.height() - side) / 2, side, side);
-      // The caption sits just above the grid, as wide as the grid.
-      const QRectF captionBox(square.left(), square.top() - caption, square.width(), caption);
+      const QRectF& captionBox = geometry.captions[s];
+      const QFont captionFont = SizedFont(captionBox.height() * 0.75, false);
+      const QFont captionBold = SizedFont(captionBox.height() * 0.75, true);
+      const QFontMetricsF plain(captionFont, &device);
       painter.setPen(Qt::black);
       const QString name = QStringLiteral("Puzzle %1").arg(puzzle.number);
       painter.setFont(captionBold);
@@ -265,22 +297,19 @@ bool PaintBook(QPagedPaintDevice& device, const std::vector<Page>& pages, const 
                          slot.puzzlePage > 0 ? QStringLiteral("%1, page %2").arg(name).arg(slot.puzzlePage) : name);
       } else {
         painter.drawText(captionBox, Qt::AlignLeft | Qt::AlignVCenter, name);
-        const double nameWidth = QFontMetricsF(captionBold, &device).horizontalAdvance(name + "  ");
+        const double nameWidth = QFontMetricsF(captionBold, &device).horizontalAdvance(name + QStringLiteral("  "));
         painter.setFont(captionFont);
         const QString grade = QString::fromStdString(puzzle.grade);
-        const double gradeWidth =
-            grade.isEmpty() ? 0.0 : QFontMetricsF(captionFont, &device).horizontalAdvance(grade + "  ");
+        const double gradeWidth = grade.isEmpty() ? 0.0 : plain.horizontalAdvance(grade + QStringLiteral("  "));
         if (!grade.isEmpty()) painter.drawText(captionBox, Qt::AlignRight | Qt::AlignVCenter, grade);
         const QRectF commentBox = captionBox.adjusted(nameWidth, 0, -gradeWidth, 0);
-        const QString comment = QFontMetricsF(captionFont, &device)
-                                    .elidedText(Text(puzzle.comment), Qt::ElideRight, std::max(0.0, commentBox.width()));
-        painter.drawText(commentBox, Qt::AlignLeft | Qt::AlignVCenter, comment);
+        painter.drawText(commentBox, Qt::AlignLeft | Qt::AlignVCenter,
+                         plain.elidedText(Text(puzzle.comment), Qt::ElideRight, std::max(0.0, commentBox.width())));
       }
-      DrawGrid(painter, square, puzzle, slot.solution ? GridStyle::Answer : GridStyle::Puzzle);
+      DrawGrid(painter, geometry.grids[s], puzzle, slot.solution ? GridStyle::Answer : GridStyle::Puzzle);
     }
   }
-  painter.end();
-  return true;
+  return painter.end();
 }
 
 }  // namespace qm::render

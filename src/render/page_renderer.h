@@ -65,6 +65,22 @@ void DrawGrid(QPainter& painter, const QRectF& box, const PrintedPuzzle& puzzle,
 // The side of the square a grid of `size` needs per unit cell: cells plus their gaps.
 double GridUnits(int size);
 
+// The extent of a sign along its gap (how tall "<" stands) for cells of side `cell`.
+double SignLength(double cell);
+
+// The margins books are made with when nobody chose others, in millimetres.
+inline constexpr double kBookMarginMm = 6.0;
+
+// Where everything goes on one page whose printable `area` has `mm` device units to the
+// millimetre: the header and footer bands and, per item, its caption and grid square.
+struct PageGeometry {
+  QRectF header;
+  QRectF footer;
+  std::vector<QRectF> captions;
+  std::vector<QRectF> grids;
+};
+PageGeometry LayOutPage(const QRectF& area, double mm, const Page& page);
+
 // Paints the pages on the device (a printer or a PDF writer) with the title on the
 // first page, a running header and page numbers. False when the painter cannot start
 // (an unwritable file).
