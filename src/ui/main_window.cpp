@@ -14,7 +14,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QPageSetupDialog>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QPrinterInfo>
@@ -337,7 +336,6 @@ void MainWindow::BuildMenus() {
   QMenu* print = menuBar()->addMenu("Print");
   AddAction(print, "mnuprintcurrent", "Current Puzzle", [this] { PrintCurrent(); });
   AddAction(print, "mnuprintfile", "Puzzles from File", [this] { PrintFromFile(); });
-  AddAction(print, "mnupagesetup", "Page Setup...", [this] { PageSetup(); });
   AddCancel(print, "mnucan");
   coach_->Install(*this);
   DecorateMenus(*menuBar(), [this](const QString& name) { return IsToggleOn(name); });
@@ -716,45 +714,14 @@ QString MainWindow::PrintTitle() const {
   return QString::fromStdString(slash == std::string::npos ? file : file.substr(slash + 1));
 }
 
-std::string MainWindow::PageLayoutFile() const { return ApplicationDirectoryOf(model_) + "Quillmere-print.ini"; }
-
-void MainWindow::PageSetup() {
-  QPrinter printer(QPrinter::HighResolution);
-  RestorePageLayout(printer, PageLayoutFile());
-  QPageSetupDialog dialog(&printer, this);
-  dialog.setObjectName("frmpagesetup");
-  if (RunModal(dialog) == QDialog::Accepted) RememberPageLayout(printer, PageLayoutFile());
-}
-
 void MainWindow::RunPrint(const std::vector<render::Page>& pages, const render::BookOptions& options) {
-  QPrinter printer(QPrinter::HighResolution);
-  RestorePageLayout(printer, PageLayoutFile());
-  printer.setDocName(options.title);
-  if (printToPdf_ || QPrinterInfo::availablePrinters().isEmpty()) {
-    // Without a printer the pages go straight to a PDF file: named once, here.
-    std::string pdf = ChooseFileKeepingDirectory(
-        *this, {"Quillmere", "*.pdf", "PDF Files", ApplicationDirectoryOf(model_), ChooserMode::Save});
-    if (pdf.empty()) return;
-    if (!QString::fromStdString(pdf).endsWith(".pdf", Qt::CaseInsensitive)) pdf += ".pdf";
-    if (!ConfirmOverwrite(*this, pdf)) return;
-    printer.setOutputFormat(QPrinter::PdfFormat);
-    printer.setOutputFileName(QString::fromStdString(pdf));
-    SetBusy(true);
-    const bool printed = PrintBook(printer, pages, options);
-    SetBusy(false);
-    ShowMessage(printed ? "The pages were written to " + pdf : WriteErrorMessage(pdf));
-    return;
-  }
+  const ModalRunner modal = [this](QDialog& dialog) { return RunModal(dialog); };
   model_.CancelRequest = kNo;
-  QPrintPreviewDialog preview(&printer, this);
-  preview.setObjectName("frmprintpreview");
-  connect(&preview, &QPrintPreviewDialog::paintRequested, this, [&](QPrinter* target) {
-    SetBusy(true);
-    PrintBook(*target, pages, options);
-    SetBusy(false);
-  });
-  // The page size, orientation and margins chosen in the preview are kept for next time.
-  if (RunModal(preview) == QDialog::Accepted) RememberPageLayout(printer, PageLayoutFile());
+  if (printToPdf_ || QPrinterInfo::availablePrinters().isEmpty()) {
+    PrintToFile(model_, *this, modal, this, pages, options);
+  } else {
+    PrintWithPreview(model_, *this, modal, this, pages, options);
+  }
   model_.CancelRequest = kNo;
 }
 

@@ -119,10 +119,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   void PrintCurrent();
   void PrintFromFile();
   void RunPrint(const std::vector<render::Page>& pages, const render::BookOptions& options);
-  void PageSetup();
   QString PrintTitle() const;
-  // The page layout chosen last, beside the settings file (whose form is fixed).
-  std::string PageLayoutFile() const;
   void OpenFromView(int n);
 
   PuzzleModel model_;

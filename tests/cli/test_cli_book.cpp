@@ -105,10 +105,36 @@ TEST(RenderCommand, DrawsOnePuzzleAsSvgPngOrPdf) {
   EXPECT_EQ(missing.code, 1);
 }
 
+// The program itself, with no display and no platform named: it goes offscreen, and
+// keeps Qt's own notes out of its output.
+TEST(BookCommand, BookAndRenderNeedNoDisplay) {
+  test::TempDir dir;
+  const std::string cli = std::string("env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM '") + QUILLMERE_CLI + "' ";
+  const std::string book = dir.Path() + "/headless.pdf";
+  const std::string picture = dir.Path() + "/headless.svg";
+  EXPECT_EQ(Tool(cli + "book '" + kCollection + "' --range 1-5 -o '" + book + "' 2>&1; echo $?"),
+            "Wrote " + book + ": 3 pages, 5 puzzles\n0\n");
+  EXPECT_EQ(Tool(cli + "render '" + kCollection + "' -n 2 -o '" + picture + "' 2>&1; echo $?"),
+            "Wrote " + picture + "\n0\n");
+  EXPECT_TRUE(test::ReadBytes(book).starts_with("%PDF"));
+  EXPECT_NE(test::ReadBytes(picture).find("<svg"), std::string::npos);
+}
+
 TEST(BookCommand, UnwritableOutputFails) {
   const test::CliRun run = Cli({"book", kCollection, "--range", "1-2", "-o", "/no/such/dir/book.pdf", "--json"});
   EXPECT_EQ(run.code, 1);
   EXPECT_TRUE(run.Json().contains("error"));
+}
+
+#else
+
+TEST(BookCommand, TheBuildWithoutQtSaysSo) {
+  test::TempDir dir;
+  for (const std::string& command : {"book", "render"}) {
+    const test::CliRun run = Cli({command, kCollection, "-o", dir.Path() + "/x.pdf"});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_NE(run.err.find(command + " needs the Qt build"), std::string::npos) << run.err;
+  }
 }
 
 #endif
@@ -124,7 +150,7 @@ TEST(BookCommand, UsageErrors) {
            {"--per-page", "21"},
            {"--answers-per-page", "0"},
            {"--answers-per-page", "21"},
-           {"--page", "a3"},
+           {"--page", "b4"},
            {"--order", "size"},
        }) {
     std::vector<std::string> command{"book", kCollection, "-o", out};
