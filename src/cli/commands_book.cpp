@@ -57,6 +57,8 @@ struct RenderArgs {
 // The page sizes --page takes, named without Qt so the Qt-free build checks them too.
 constexpr std::array<const char*, 5> kPageNames{"a3", "a4", "a5", "letter", "legal"};
 
+#ifdef QUILLMERE_HAS_RENDER
+
 bool EndsWith(std::string text, std::string_view tail) {
   std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
@@ -66,8 +68,6 @@ std::string FileNameOf(const std::string& path) {
   const auto slash = path.find_last_of('/');
   return slash == std::string::npos ? path : path.substr(slash + 1);
 }
-
-#ifdef QUILLMERE_HAS_RENDER
 
 // A Qt GUI application for the fonts and painting, on the offscreen platform unless
 // the caller chose another, so that no display is needed.

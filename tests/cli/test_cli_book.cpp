@@ -15,7 +15,9 @@ using test::Cli;
 
 const std::string kCollection = std::string(QUILLMERE_APP_DIR) + "puzzles.fut";
 
-// The standard output of a poppler tool, or nothing when it is missing.
+#ifdef QUILLMERE_HAS_RENDER
+
+// The standard output of a shell command (a poppler tool, or nothing when it is missing).
 std::string Tool(const std::string& command) {
   std::string text;
   std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen((command + " 2>/dev/null").c_str(), "r"), pclose);
@@ -31,8 +33,6 @@ std::string PageText(const std::string& pdf, int page) {
   const std::string n = std::to_string(page);
   return Tool("pdftotext -f " + n + " -l " + n + " -layout '" + pdf + "' -");
 }
-
-#ifdef QUILLMERE_HAS_RENDER
 
 TEST(BookCommand, ThirtyPuzzlesMakeEightPagesOfPuzzlesAndThreeOfAnswers) {
   test::TempDir dir;
@@ -130,7 +130,7 @@ TEST(BookCommand, UnwritableOutputFails) {
 
 TEST(BookCommand, TheBuildWithoutQtSaysSo) {
   test::TempDir dir;
-  for (const std::string& command : {"book", "render"}) {
+  for (const std::string command : {"book", "render"}) {
     const test::CliRun run = Cli({command, kCollection, "-o", dir.Path() + "/x.pdf"});
     EXPECT_EQ(run.code, 2);
     EXPECT_NE(run.err.find(command + " needs the Qt build"), std::string::npos) << run.err;
