@@ -691,7 +691,7 @@ void MainWindow::PrintFromFile() {
     if (ReadPuzzle(scratch, quiet, model_.CurrentFile, n).notFound) {
       failure = ReadErrorMessage(n, model_.CurrentFile);
     } else {
-      puzzles.push_back(TakePuzzle(scratch, n));
+      puzzles.push_back(TakePuzzle(scratch, n, range.Grades()));
     }
   }
   LockInput(false);

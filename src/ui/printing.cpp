@@ -15,8 +15,15 @@
 #include "core/file_replace.h"
 #include "core/text_rules.h"
 #include "export/save_command.h"
+#include "reasoning/ladder.h"
 
 namespace qm::ui {
+
+PrintedPuzzle TakePuzzle(const PuzzleModel& model, int number, bool graded) {
+  PrintedPuzzle puzzle = render::TakePuzzle(model, number);
+  if (graded) puzzle.grade = reasoning::ExplainModel(model).grade.name;
+  return puzzle;
+}
 
 bool PrintBook(QPrinter& printer, const std::vector<render::Page>& pages, const render::BookOptions& options) {
   printer.setDocName(options.title);
@@ -128,6 +135,9 @@ PrintRangeDialog::PrintRangeDialog(int puzzleCount, int current, QWidget* parent
   connect(answers_, &QCheckBox::toggled, answersPerPage_, &QWidget::setEnabled);
   form->addRow("Puzzles per page", perPage_);
   form->addRow(answers_);
+  grades_ = new QCheckBox("Name each puzzle's grade", this);
+  grades_->setObjectName("Grades");
+  form->addRow(grades_);
   form->addRow("Answers per page", answersPerPage_);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   buttons->setObjectName("Buttons");
@@ -155,6 +165,7 @@ int PrintRangeDialog::Last() const { return last_->value(); }
 int PrintRangeDialog::PerPage() const { return perPage_->currentText().toInt(); }
 int PrintRangeDialog::AnswersPerPage() const { return answersPerPage_->value(); }
 bool PrintRangeDialog::Answers() const { return answers_->isChecked(); }
+bool PrintRangeDialog::Grades() const { return grades_->isChecked(); }
 
 PageSetupDialog::PageSetupDialog(const QPageLayout& layout, QWidget* parent) : QDialog(parent) {
   setObjectName("frmpagesetup");

@@ -23,6 +23,8 @@ namespace qm::ui {
 
 using render::PrintedPuzzle;
 using render::TakePuzzle;
+// The puzzle the model holds, with its grade from the technique ladder when `graded`.
+PrintedPuzzle TakePuzzle(const PuzzleModel& model, int number, bool graded);
 
 // Prints the planned pages on the printer (or its PDF file) with the page renderer.
 // False when the painter could not start on the printer (such as an unwritable PDF).
@@ -61,6 +63,7 @@ class PrintRangeDialog : public QDialog {
   int PerPage() const;
   int AnswersPerPage() const;
   bool Answers() const;
+  bool Grades() const;
 
   // Only a range from a first to a not earlier last puzzle is taken.
   void accept() override;
@@ -71,6 +74,7 @@ class PrintRangeDialog : public QDialog {
   QComboBox* perPage_ = nullptr;
   QSpinBox* answersPerPage_ = nullptr;
   QCheckBox* answers_ = nullptr;
+  QCheckBox* grades_ = nullptr;
 };
 
 // The page of a PDF file: any paper size Qt knows, the orientation and the four

@@ -207,6 +207,7 @@ class PrintingTest : public QObject {
         dialog.findChild<QSpinBox*>("Last")->setValue(11);
         dialog.findChild<QComboBox*>("PerPage")->setCurrentText("9");
         dialog.findChild<QCheckBox*>("Answers")->setChecked(false);
+        dialog.findChild<QCheckBox*>("Grades")->setChecked(true);
         QVERIFY(!dialog.findChild<QSpinBox*>("AnswersPerPage")->isEnabled());
         dialog.accept();
         return;
@@ -215,6 +216,15 @@ class PrintingTest : public QObject {
     });
     window_->findChild<QAction*>("mnuprintfile")->trigger();
     QCOMPARE(PageCount(qm::test::ReadBytes(pdf_.toStdString())), 1);
+
+    // Each caption names its puzzle's grade (all nine are Moderate; no description says so).
+    const QString text = QStandardPaths::findExecutable("pdftotext");
+    if (text.isEmpty()) QSKIP("pdftotext (poppler-utils) is not installed");
+    QProcess process;
+    process.start(text, {"-layout", pdf_, "-"});
+    process.waitForFinished();
+    const QString page = QString::fromUtf8(process.readAllStandardOutput());
+    QVERIFY2(page.count("Moderate") == 9, qPrintable(page));
   }
 };
 
