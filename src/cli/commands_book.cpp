@@ -169,7 +169,8 @@ int RunBook(Output& output, BookArgs args) {
   if (output.json) {
     PrintJson(output, Json{{"file", args.out}, {"pages", pageCount}, {"puzzles", puzzleCount}});
   } else {
-    output.out << "Wrote " << args.out << ": " << pageCount << " pages, " << puzzleCount << " puzzles\n";
+    output.out << "Wrote " << args.out << ": " << pageCount << (pageCount == 1 ? " page, " : " pages, ") << puzzleCount
+               << (puzzleCount == 1 ? " puzzle\n" : " puzzles\n");
   }
   return kExitOk;
 }
