@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdint>
 #include <functional>
+#include <memory>
+#include <tuple>
 #include <string_view>
 
 #include "solver/grid_masks.h"
@@ -252,20 +255,26 @@ bool SignBounds(const Grid& g, Step& step) {
 
 // ---- Rung 4: naked and hidden subsets -----------------------------------------------
 
-// Calls f with every set of k indices out of 0..count-1, as a bit mask in increasing
-// order, until f says stop.
+// Bits set in a mask of at most 18 bits; a table, as masks::Count, not a library call.
+constexpr int Ones(unsigned v) { return masks::kCountTable.count[v & 511u] + masks::kCountTable.count[(v >> 9) & 511u]; }
+
+// Calls f(set, union) for every set of k of the items (a bit mask of their indices) whose
+// items together have at most k bits, in increasing order of the set as a number, until
+// f says stop. A set whose first items already have too many bits is not completed.
 template <class F>
-bool ForEachCombination(int count, int k, F&& f) {
-  if (k > count || k <= 0) return false;
-  const unsigned end = 1u << count;
-  for (unsigned set = (1u << k) - 1u; set < end;) {
-    if (f(set)) return true;
-    // The next larger set with as many bits.
-    const unsigned low = set & -set;
-    const unsigned ripple = set + low;
-    set = (((ripple ^ set) >> 2) / low) | ripple;
-  }
-  return false;
+bool ForEachSmallUnion(const unsigned* items, int count, int k, F&& f) {
+  // The highest index is chosen first, each next one below it, each in increasing order:
+  // that is the order of the sets as numbers.
+  auto pick = [&](auto& self, int need, int below, unsigned set, unsigned together) -> bool {
+    if (need == 0) return f(set, together);
+    for (int t = need - 1; t < below; ++t) {
+      const unsigned with = together | items[t];
+      if (Ones(with) > k) continue;
+      if (self(self, need - 1, t, set | 1u << t, with)) return true;
+    }
+    return false;
+  };
+  return k > 0 && k <= count && pick(pick, k, count, 0u, 0u);
 }
 
 constexpr const char* kSubsetNames[] = {"", "", "pair", "triple", "quad"};
@@ -274,27 +283,33 @@ bool NakedSubset(const Grid& g, int k, Step& step) {
   const int n = g.n;
   for (int l = 0; l < 2 * n; ++l) {
     const Line line = LineCells(n, l);
-    std::vector<int> open;
+    std::array<int, kMaxGridSize> open{};
+    std::array<unsigned, kMaxGridSize> cand{};
+    int count = 0;
     for (int i = 0; i < n; ++i) {
       const int c = line[static_cast<std::size_t>(i)];
-      if (!g.placed[static_cast<std::size_t>(c)]) open.push_back(c);
+      if (g.placed[static_cast<std::size_t>(c)]) continue;
+      open[static_cast<std::size_t>(count)] = c;
+      cand[static_cast<std::size_t>(count++)] = g.cand[static_cast<std::size_t>(c)];
     }
-    const bool found = ForEachCombination(static_cast<int>(open.size()), k, [&](unsigned set) {
-      DigitMask digits = 0;
-      for (std::size_t i = 0; i < open.size(); ++i) {
-        if ((set >> i & 1u) != 0) digits |= g.cand[static_cast<std::size_t>(open[i])];
+    const bool found = ForEachSmallUnion(cand.data(), count, k, [&](unsigned set, unsigned together) {
+      if (Ones(together) != k) return false;
+      const auto digits = static_cast<DigitMask>(together);
+      bool strikes = false;
+      for (int i = 0; i < count && !strikes; ++i) {
+        strikes = (set >> i & 1u) == 0 && (cand[static_cast<std::size_t>(i)] & digits) != 0;
       }
-      if (masks::Count(digits) != k) return false;
+      if (!strikes) return false;
       std::vector<int> members;
-      for (std::size_t i = 0; i < open.size(); ++i) {
-        if ((set >> i & 1u) != 0) members.push_back(open[i]);
-      }
       std::vector<std::pair<int, DigitMask>> removed;
-      for (std::size_t i = 0; i < open.size(); ++i) {
-        const DigitMask gone = g.cand[static_cast<std::size_t>(open[i])] & digits;
-        if ((set >> i & 1u) == 0 && gone != 0) removed.emplace_back(open[i], gone);
+      for (int i = 0; i < count; ++i) {
+        const int c = open[static_cast<std::size_t>(i)];
+        if ((set >> i & 1u) != 0) {
+          members.push_back(c);
+        } else if ((g.cand[static_cast<std::size_t>(c)] & digits) != 0) {
+          removed.emplace_back(c, static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & digits));
+        }
       }
-      if (removed.empty()) return false;
       step = {std::string("Naked ") + kSubsetNames[k], kSubsets, members, {}, removed, ""};
       std::vector<std::string> where;
       for (int c : members) where.push_back(std::to_string((l < n ? c % n : c / n) + 1));
@@ -312,47 +327,51 @@ bool HiddenSubset(const Grid& g, int k, Step& step) {
   const int n = g.n;
   for (int l = 0; l < 2 * n; ++l) {
     const Line line = LineCells(n, l);
-    std::vector<int> open;
+    std::array<int, kMaxGridSize> open{};
+    int count = 0;
     DigitMask placedDigits = 0;
     for (int i = 0; i < n; ++i) {
       const int c = line[static_cast<std::size_t>(i)];
       if (g.placed[static_cast<std::size_t>(c)]) {
         placedDigits |= g.cand[static_cast<std::size_t>(c)];
       } else {
-        open.push_back(c);
+        open[static_cast<std::size_t>(count++)] = c;
       }
     }
-    std::vector<int> digits;
-    for (int d = 1; d <= n; ++d) {
-      if ((placedDigits & masks::Bit(d)) == 0) digits.push_back(d);
-    }
-    if (static_cast<int>(open.size()) <= k) continue;
+    if (count <= k) continue;
     // Where each open digit may go, as a mask over the open cells.
-    std::vector<unsigned> spots(digits.size());
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-      for (std::size_t j = 0; j < open.size(); ++j) {
-        if ((g.cand[static_cast<std::size_t>(open[j])] & masks::Bit(digits[i])) != 0) spots[i] |= 1u << j;
+    std::array<int, kMaxGridSize> digits{};
+    std::array<unsigned, kMaxGridSize> spots{};
+    int digitCount = 0;
+    for (int d = 1; d <= n; ++d) {
+      if ((placedDigits & masks::Bit(d)) != 0) continue;
+      unsigned spot = 0;
+      for (int j = 0; j < count; ++j) {
+        if ((g.cand[static_cast<std::size_t>(open[static_cast<std::size_t>(j)])] & masks::Bit(d)) != 0) spot |= 1u << j;
       }
+      digits[static_cast<std::size_t>(digitCount)] = d;
+      spots[static_cast<std::size_t>(digitCount++)] = spot;
     }
-    const bool found = ForEachCombination(static_cast<int>(digits.size()), k, [&](unsigned set) {
-      unsigned cover = 0;
+    const bool found = ForEachSmallUnion(spots.data(), digitCount, k, [&](unsigned set, unsigned cover) {
+      if (Ones(cover) != k) return false;
       DigitMask chosen = 0;
-      for (std::size_t i = 0; i < digits.size(); ++i) {
-        if ((set >> i & 1u) == 0) continue;
-        cover |= spots[i];
-        chosen |= masks::Bit(digits[i]);
+      for (int i = 0; i < digitCount; ++i) {
+        if ((set >> i & 1u) != 0) chosen |= masks::Bit(digits[static_cast<std::size_t>(i)]);
       }
-      if (std::popcount(cover) != k) return false;
+      bool strikes = false;
+      for (int j = 0; j < count && !strikes; ++j) {
+        strikes = (cover >> j & 1u) != 0 && (g.cand[static_cast<std::size_t>(open[static_cast<std::size_t>(j)])] & ~chosen) != 0;
+      }
+      if (!strikes) return false;
       std::vector<int> places;
-      for (std::size_t j = 0; j < open.size(); ++j) {
-        if ((cover >> j & 1u) != 0) places.push_back(open[j]);
-      }
       std::vector<std::pair<int, DigitMask>> removed;
-      for (int c : places) {
+      for (int j = 0; j < count; ++j) {
+        if ((cover >> j & 1u) == 0) continue;
+        const int c = open[static_cast<std::size_t>(j)];
+        places.push_back(c);
         const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & ~chosen);
         if (gone != 0) removed.emplace_back(c, gone);
       }
-      if (removed.empty()) return false;
       step = {std::string("Hidden ") + kSubsetNames[k], kSubsets, places, {}, removed, ""};
       std::vector<std::string> where;
       for (int c : places) where.push_back(std::to_string((l < n ? c % n : c / n) + 1));
@@ -372,8 +391,9 @@ bool Fish(const Grid& g, int k, Step& step) {
   for (int d = 1; d <= n; ++d) {
     for (const bool byRows : {true, false}) {
       // For each base line (rows, or columns), the cross positions where d may go.
-      std::vector<int> bases;
-      std::vector<unsigned> spots;
+      std::array<int, kMaxGridSize> bases{};
+      std::array<unsigned, kMaxGridSize> spots{};
+      int count = 0;
       for (int b = 0; b < n; ++b) {
         unsigned spot = 0;
         bool placed = false;
@@ -383,32 +403,28 @@ bool Fish(const Grid& g, int k, Step& step) {
           if (g.placed[static_cast<std::size_t>(c)]) placed = true;
           spot |= 1u << i;
         }
-        const int count = std::popcount(spot);
-        if (!placed && count >= 2 && count <= k) {
-          bases.push_back(b);
-          spots.push_back(spot);
+        const int places = Ones(spot);
+        if (!placed && places >= 2 && places <= k) {
+          bases[static_cast<std::size_t>(count)] = b;
+          spots[static_cast<std::size_t>(count++)] = spot;
         }
       }
-      const bool found = ForEachCombination(static_cast<int>(bases.size()), k, [&](unsigned set) {
-        unsigned cover = 0;
-        std::vector<int> chosen;
-        for (std::size_t i = 0; i < bases.size(); ++i) {
-          if ((set >> i & 1u) == 0) continue;
-          cover |= spots[i];
-          chosen.push_back(bases[i]);
+      const bool found = ForEachSmallUnion(spots.data(), count, k, [&](unsigned set, unsigned cover) {
+        if (Ones(cover) != k) return false;
+        unsigned chosen = 0;  // the base lines, as bits
+        for (int i = 0; i < count; ++i) {
+          if ((set >> i & 1u) != 0) chosen |= 1u << bases[static_cast<std::size_t>(i)];
         }
-        if (std::popcount(cover) != k) return false;
         std::vector<std::pair<int, DigitMask>> removed;
         std::vector<int> cells;
         for (int i = 0; i < n; ++i) {
           if ((cover >> i & 1u) == 0) continue;
           for (int b = 0; b < n; ++b) {
             const int c = byRows ? b * n + i : i * n + b;
-            if (std::find(chosen.begin(), chosen.end(), b) != chosen.end()) {
-              if ((g.cand[static_cast<std::size_t>(c)] & masks::Bit(d)) != 0) cells.push_back(c);
-              continue;
-            }
-            if (!g.placed[static_cast<std::size_t>(c)] && (g.cand[static_cast<std::size_t>(c)] & masks::Bit(d)) != 0) {
+            if ((g.cand[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) continue;
+            if ((chosen >> b & 1u) != 0) {
+              cells.push_back(c);
+            } else if (!g.placed[static_cast<std::size_t>(c)]) {
               removed.emplace_back(c, masks::Bit(d));
             }
           }
@@ -417,7 +433,9 @@ bool Fish(const Grid& g, int k, Step& step) {
         step = {k == 2 ? "X-wing" : "Swordfish", kFish, cells, {}, removed, ""};
         std::vector<std::string> baseNames;
         std::vector<std::string> coverNames;
-        for (int b : chosen) baseNames.push_back(std::to_string(b + 1));
+        for (int b = 0; b < n; ++b) {
+          if ((chosen >> b & 1u) != 0) baseNames.push_back(std::to_string(b + 1));
+        }
         for (int i = 0; i < n; ++i) {
           if ((cover >> i & 1u) != 0) coverNames.push_back(std::to_string(i + 1));
         }
@@ -545,26 +563,258 @@ std::string TrailText(int n, const Trail& trail, std::size_t skip) {
   return text;
 }
 
+// ---- Settling by masks: deciding, not telling -----------------------------------------
+
+// The same rules as Propagate and the same fixed point (the rules only ever strike, and
+// none of them depends on the order they run in), but driven by the cells that changed
+// and with no trail. The contradiction and forcing rungs decide with it; only the one
+// assumption a step is made of is then followed again with Propagate for its sentence.
+struct Topology {
+  int n = 0;
+  std::array<std::array<std::uint8_t, 2 * (kMaxGridSize - 1)>, kMaxCells> peers{};
+  struct Link {
+    std::uint8_t other;
+    bool greater;  // this cell is the greater one
+  };
+  std::array<Link, 2 * std::tuple_size_v<decltype(Grid::signs)>> links{};
+  std::array<std::uint16_t, kMaxCells + 1> linkStart{};  // this cell's links: [start[c], start[c + 1])
+  std::array<Line, 2 * kMaxGridSize> lines{};
+
+  explicit Topology(const Grid& g) : n(g.n) {
+    for (int c = 0; c < n * n; ++c) {
+      std::size_t k = 0;
+      for (int i = 0; i < n; ++i) {
+        for (const int peer : {c / n * n + i, i * n + c % n}) {
+          if (peer != c) peers[static_cast<std::size_t>(c)][k++] = static_cast<std::uint8_t>(peer);
+        }
+      }
+    }
+    std::array<std::uint16_t, kMaxCells + 1> fill{};
+    for (const Sign& s : g.SignList()) {
+      ++linkStart[static_cast<std::size_t>(s.greater) + 1];
+      ++linkStart[static_cast<std::size_t>(s.smaller) + 1];
+    }
+    for (std::size_t c = 0; c < kMaxCells; ++c) linkStart[c + 1] = static_cast<std::uint16_t>(linkStart[c + 1] + linkStart[c]);
+    fill = linkStart;
+    for (const Sign& s : g.SignList()) {
+      links[fill[static_cast<std::size_t>(s.greater)]++] = {static_cast<std::uint8_t>(s.smaller), true};
+      links[fill[static_cast<std::size_t>(s.smaller)]++] = {static_cast<std::uint8_t>(s.greater), false};
+    }
+    for (int l = 0; l < 2 * n; ++l) lines[static_cast<std::size_t>(l)] = LineCells(n, l);
+  }
+};
+
+using Cand = std::array<DigitMask, kMaxCells>;
+using Placed = std::array<bool, kMaxCells>;
+
+// Cells and lines still to look at, as bit sets.
+struct Pending {
+  std::array<std::uint64_t, 2> cells{};
+  std::uint32_t lines = 0;
+  void Cell(int c) { cells[static_cast<std::size_t>(c >> 6)] |= std::uint64_t{1} << (c & 63); }
+  void All(int n) {
+    for (int c = 0; c < n * n; ++c) Cell(c);
+    lines = (1u << (2 * n)) - 1u;
+  }
+  int PopCell() {
+    for (std::size_t w = 0; w < cells.size(); ++w) {
+      if (cells[w] != 0) {
+        const int bit = std::countr_zero(cells[w]);
+        cells[w] &= cells[w] - 1;
+        return static_cast<int>(w) * 64 + bit;
+      }
+    }
+    return -1;
+  }
+};
+
+// Returns false when the grid breaks.
+bool Settle(const Topology& t, Cand& cand, Placed& placed, Pending& todo) {
+  const int n = t.n;
+  const DigitMask full = masks::Full(n);
+  auto narrow = [&](std::size_t c, DigitMask to) {
+    cand[c] = to;
+    todo.Cell(static_cast<int>(c));
+  };
+  for (;;) {
+    const int x = todo.PopCell();
+    if (x < 0) {
+      if (todo.lines == 0) return true;
+      const auto l = static_cast<std::size_t>(std::countr_zero(todo.lines));
+      todo.lines &= todo.lines - 1;
+      const Line& cells = t.lines[l];
+      DigitMask seen = 0;
+      DigitMask twice = 0;
+      DigitMask fixed = 0;
+      for (int i = 0; i < n; ++i) {
+        const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+        twice |= seen & cand[c];
+        seen |= cand[c];
+        if (placed[c]) {
+          if ((fixed & cand[c]) != 0) return false;
+          fixed |= cand[c];
+        }
+      }
+      if (seen != full) return false;
+      const DigitMask single = static_cast<DigitMask>(seen & ~twice & ~fixed);
+      if (single == 0) continue;
+      for (int i = 0; i < n; ++i) {
+        const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+        const DigitMask here = cand[c] & single;
+        if (here == 0 || placed[c]) continue;
+        if (!masks::IsSingle(here)) return false;
+        narrow(c, here);
+      }
+      continue;
+    }
+    const auto xi = static_cast<std::size_t>(x);
+    const DigitMask m = cand[xi];
+    if (m == 0) return false;
+    if (!placed[xi] && masks::IsSingle(m)) {
+      placed[xi] = true;
+      for (int i = 0; i < 2 * (n - 1); ++i) {
+        const std::size_t p = t.peers[xi][static_cast<std::size_t>(i)];
+        if (placed[p] || (cand[p] & m) == 0) continue;
+        narrow(p, static_cast<DigitMask>(cand[p] & ~m));
+      }
+    }
+    for (std::size_t k = t.linkStart[xi]; k < t.linkStart[xi + 1]; ++k) {
+      const Topology::Link& link = t.links[k];
+      const std::size_t gi = link.greater ? xi : link.other;
+      const std::size_t si = link.greater ? link.other : xi;
+      const DigitMask gm = cand[gi];
+      const DigitMask sm = cand[si];
+      if (gm == 0 || sm == 0) return false;
+      const DigitMask ng = gm & masks::Above(masks::Lowest(sm));
+      const DigitMask ns = sm & masks::Below(masks::Highest(gm));
+      if (ng == 0 || ns == 0) return false;
+      if (ng != gm) narrow(gi, ng);
+      if (ns != sm) narrow(si, ns);
+    }
+    todo.lines |= 1u << (x / n) | 1u << (n + x % n);
+  }
+}
+
+// The first step of rungs 1 to 5, unworded; defined with the ladder below.
+bool EasyStep(const Grid& g, Step& step);
+
+// What the ladder remembers while it explains one grid, whose candidates only ever
+// shrink: for each assumption that held, where it led. When the grid still allows all
+// of that end state, the assumption leads there again (the end state is a fixed point
+// of the rules, and the largest one below the grid), so it is not followed again.
+class Memo {
+ public:
+  // Starts a search for a step on g: settles g's own candidates.
+  void Look(const Grid& g) {
+    if (!topology_ || topology_->n != g.n) {
+      topology_ = std::make_unique<Topology>(g);
+      entries_.assign(static_cast<std::size_t>(g.n * g.n * (kMaxGridSize + 1)), Entry{});
+    }
+    cells_ = g.n * g.n;
+    for (std::size_t c = 0; c < static_cast<std::size_t>(cells_); ++c) {
+      // A grid that is not within the last one: what was remembered may not hold.
+      if ((g.cand[c] & ~last_[c]) != 0 && seen_) {
+        std::fill(entries_.begin(), entries_.end(), Entry{});
+        break;
+      }
+    }
+    last_ = g.cand;
+    seen_ = true;
+    base_ = g.cand;
+    basePlaced_ = g.placed;
+    Pending todo;
+    todo.All(g.n);
+    baseHolds_ = Settle(*topology_, base_, basePlaced_, todo);
+  }
+
+  // Where c = d leads by singles and signs, or nullptr when it breaks the grid.
+  const Cand* Quick(int c, int d) {
+    if (!baseHolds_ || (base_[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) return nullptr;
+    Entry& e = At(c, d);
+    if (e.quickHolds && Within(e.quick)) return &e.quick;
+    e.quick = base_;
+    Placed placed = basePlaced_;
+    e.quick[static_cast<std::size_t>(c)] = masks::Bit(d);
+    Pending todo;
+    todo.Cell(c);
+    e.quickHolds = Settle(*topology_, e.quick, placed, todo);
+    return e.quickHolds ? &e.quick : nullptr;
+  }
+
+  // Whether c = d survives rungs 1 to 5 applied in turn, as PropagateDeep does.
+  bool DeepHolds(const Grid& g, int c, int d, int budget) {
+    const Cand* quick = Quick(c, d);
+    if (quick == nullptr) return false;
+    Entry& e = At(c, d);
+    if (e.deepHolds && Within(e.deep)) return true;
+    Grid trial = g;
+    trial.cand = *quick;
+    for (int x = 0; x < cells_; ++x) trial.placed[static_cast<std::size_t>(x)] = masks::IsSingle(trial.cand[static_cast<std::size_t>(x)]);
+    for (int i = 0; i < budget; ++i) {
+      if (IsSolved(trial)) return Remember(e, trial);
+      Step step;
+      if (!EasyStep(trial, step)) return Remember(e, trial);
+      Apply(trial, step);
+      if (IsBroken(trial)) return false;
+      Pending todo;
+      for (const auto& [cell, digits] : step.removed) todo.Cell(cell);
+      for (const auto& [cell, digit] : step.placed) todo.Cell(cell);
+      // Apply placed these cells; Settle places them again to clear their lines.
+      for (const auto& [cell, digit] : step.placed) trial.placed[static_cast<std::size_t>(cell)] = false;
+      if (!Settle(*topology_, trial.cand, trial.placed, todo)) return false;
+    }
+    return true;
+  }
+
+ private:
+  struct Entry {
+    bool quickHolds = false;
+    bool deepHolds = false;
+    Cand quick;
+    Cand deep;
+  };
+
+  Entry& At(int c, int d) { return entries_[static_cast<std::size_t>(c * (kMaxGridSize + 1) + d)]; }
+
+  bool Within(const Cand& end) const {
+    DigitMask outside = 0;
+    for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) outside |= end[x] & ~base_[x];
+    return outside == 0;
+  }
+
+  static bool Remember(Entry& e, const Grid& end) {
+    e.deep = end.cand;
+    e.deepHolds = true;
+    return true;
+  }
+
+  std::unique_ptr<Topology> topology_;
+  std::vector<Entry> entries_;
+  int cells_ = 0;
+  bool seen_ = false;
+  Cand last_{};
+  Cand base_{};
+  Placed basePlaced_{};
+  bool baseHolds_ = false;
+};
+
 // ---- Rung 6: forcing chains from a two-candidate cell ---------------------------------
 
-bool ForcingChain(const Grid& g, Step& step) {
+bool ForcingChain(const Grid& g, Step& step, Memo& memo) {
+  memo.Look(g);
   for (int c = 0; c < Cells(g); ++c) {
     const DigitMask m = g.cand[static_cast<std::size_t>(c)];
     if (g.placed[static_cast<std::size_t>(c)] || masks::Count(m) != 2) continue;
     const int a = masks::Lowest(m);
     const int b = masks::Highest(m);
-    Grid ga = g;
-    Grid gb = g;
-    Trail ta;
-    Trail tb;
-    ga.cand[static_cast<std::size_t>(c)] = masks::Bit(a);
-    gb.cand[static_cast<std::size_t>(c)] = masks::Bit(b);
     // A branch that breaks is a contradiction, the next rung's business.
-    if (!Propagate(ga, ta) || !Propagate(gb, tb)) continue;
+    const Cand* ga = memo.Quick(c, a);
+    const Cand* gb = ga == nullptr ? nullptr : memo.Quick(c, b);
+    if (gb == nullptr) continue;
     std::vector<std::pair<int, DigitMask>> removed;
     for (int x = 0; x < Cells(g); ++x) {
       if (x == c || g.placed[static_cast<std::size_t>(x)]) continue;
-      const DigitMask either = ga.cand[static_cast<std::size_t>(x)] | gb.cand[static_cast<std::size_t>(x)];
+      const DigitMask either = (*ga)[static_cast<std::size_t>(x)] | (*gb)[static_cast<std::size_t>(x)];
       const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(x)] & ~either);
       if (gone != 0) removed.emplace_back(x, gone);
     }
@@ -590,13 +840,14 @@ bool ForcingChain(const Grid& g, Step& step) {
 
 // The ladder's rungs 1 to 5 applied until they stop, as a deeper test of an assumption.
 bool PropagateDeep(Grid& g, Trail& trail, int budget);
+constexpr int kDeepBudget = 400;  // steps of rungs 1 to 5 within one assumption
 
 // Tries c = d on a copy; on a contradiction fills the step that strikes d from c.
 bool TestAssumption(const Grid& g, int c, int d, bool deep, Step& step) {
   Grid trial = g;
   Trail trail;
   trial.cand[static_cast<std::size_t>(c)] = masks::Bit(d);
-  const bool holds = deep ? PropagateDeep(trial, trail, 400) : Propagate(trial, trail);
+  const bool holds = deep ? PropagateDeep(trial, trail, kDeepBudget) : Propagate(trial, trail);
   if (holds) return false;
   step = {"Contradiction", kContradiction, {c}, {}, {{c, masks::Bit(d)}}, ""};
   for (const auto& [cell, digit] : trail.placed) {
@@ -627,15 +878,18 @@ std::vector<std::pair<int, int>> Assumptions(const Grid& g) {
   return all;
 }
 
-bool Contradiction(const Grid& g, Step& step, bool deep) {
+bool Contradiction(const Grid& g, Step& step, bool deep, Memo& memo) {
+  memo.Look(g);
   for (const auto& [c, d] : Assumptions(g)) {
-    if (TestAssumption(g, c, d, deep, step)) return true;
+    const bool holds = deep ? memo.DeepHolds(g, c, d, kDeepBudget) : memo.Quick(c, d) != nullptr;
+    // Followed again, with its trail, only to be told.
+    if (!holds && TestAssumption(g, c, d, deep, step)) return true;
   }
   return false;
 }
 
-bool ContradictionQuick(const Grid& g, Step& step) { return Contradiction(g, step, false); }
-bool ContradictionDeep(const Grid& g, Step& step) { return Contradiction(g, step, true); }
+bool ContradictionQuick(const Grid& g, Step& step, Memo& memo) { return Contradiction(g, step, false, memo); }
+bool ContradictionDeep(const Grid& g, Step& step, Memo& memo) { return Contradiction(g, step, true, memo); }
 
 bool NakedPair(const Grid& g, Step& s) { return NakedSubset(g, 2, s); }
 bool HiddenPair(const Grid& g, Step& s) { return HiddenSubset(g, 2, s); }
@@ -646,7 +900,13 @@ bool HiddenQuad(const Grid& g, Step& s) { return HiddenSubset(g, 4, s); }
 bool XWing(const Grid& g, Step& s) { return Fish(g, 2, s); }
 bool Swordfish(const Grid& g, Step& s) { return Fish(g, 3, s); }
 
-using Technique = bool (*)(const Grid&, Step&);
+using Technique = bool (*)(const Grid&, Step&, Memo&);
+
+// Rungs 1 to 5 need nothing remembered.
+template <bool (*Find)(const Grid&, Step&)>
+bool Easy(const Grid& g, Step& step, Memo&) {
+  return Find(g, step);
+}
 
 struct NamedTechnique {
   std::string_view name;
@@ -654,24 +914,46 @@ struct NamedTechnique {
 };
 
 // The ladder, easiest first; NextStep takes the first that finds something.
-constexpr NamedTechnique kLadder[] = {
-    {"Naked single", NakedSingle},     {"Hidden single", HiddenSingle},   {"Sign beside a digit", SignBesideDigit},
-    {"Sign chain", SignChain},         {"Sign bounds", SignBounds},       {"Naked pair", NakedPair},
-    {"Hidden pair", HiddenPair},       {"Naked triple", NakedTriple},     {"Hidden triple", HiddenTriple},
-    {"Naked quad", NakedQuad},         {"Hidden quad", HiddenQuad},       {"X-wing", XWing},
-    {"Swordfish", Swordfish},          {"Forcing chain", ForcingChain},   {"Contradiction", ContradictionQuick},
-    {"Deep contradiction", ContradictionDeep}};
+constexpr NamedTechnique kLadder[] = {{"Naked single", Easy<NakedSingle>},
+                                      {"Hidden single", Easy<HiddenSingle>},
+                                      {"Sign beside a digit", Easy<SignBesideDigit>},
+                                      {"Sign chain", Easy<SignChain>},
+                                      {"Sign bounds", Easy<SignBounds>},
+                                      {"Naked pair", Easy<NakedPair>},
+                                      {"Hidden pair", Easy<HiddenPair>},
+                                      {"Naked triple", Easy<NakedTriple>},
+                                      {"Hidden triple", Easy<HiddenTriple>},
+                                      {"Naked quad", Easy<NakedQuad>},
+                                      {"Hidden quad", Easy<HiddenQuad>},
+                                      {"X-wing", Easy<XWing>},
+                                      {"Swordfish", Easy<Swordfish>},
+                                      {"Forcing chain", ForcingChain},
+                                      {"Contradiction", ContradictionQuick},
+                                      {"Deep contradiction", ContradictionDeep}};
 // Rungs 1 to 5 only, for testing an assumption deeply.
 constexpr std::size_t kBelowChains = 13;
+
+bool EasyStep(const Grid& g, Step& step) {
+  Memo none;
+  for (std::size_t t = 0; t < kBelowChains; ++t) {
+    if (kLadder[t].find(g, step, none)) return true;
+  }
+  return false;
+}
+
+bool NextStep(const Grid& grid, Step& step, Memo& memo) {
+  for (const NamedTechnique& technique : kLadder) {
+    if (technique.find(grid, step, memo)) return true;
+  }
+  return false;
+}
 
 bool PropagateDeep(Grid& g, Trail& trail, int budget) {
   for (int i = 0; i < budget; ++i) {
     if (!Propagate(g, trail)) return false;
     if (IsSolved(g)) return true;
     Step step;
-    bool found = false;
-    for (std::size_t t = 0; t < kBelowChains && !found; ++t) found = kLadder[t].find(g, step);
-    if (!found) return true;
+    if (!EasyStep(g, step)) return true;
     Apply(g, step);
     for (const auto& [cell, digit] : step.placed) trail.placed.emplace_back(cell, digit);
     if (IsBroken(g)) {
@@ -761,15 +1043,14 @@ bool IsBroken(const Grid& grid) {
 }
 
 bool NextStep(const Grid& grid, Step& step) {
-  for (const NamedTechnique& technique : kLadder) {
-    if (technique.find(grid, step)) return true;
-  }
-  return false;
+  Memo memo;
+  return NextStep(grid, step, memo);
 }
 
 bool TryTechnique(const Grid& grid, std::string_view name, Step& step) {
+  Memo memo;
   for (const NamedTechnique& technique : kLadder) {
-    if (technique.name == name) return technique.find(grid, step);
+    if (technique.name == name) return technique.find(grid, step, memo);
   }
   return false;
 }
@@ -787,13 +1068,14 @@ void Apply(Grid& grid, const Step& step) {
 Explanation Explain(const Grid& start, const ExplainOptions& options) {
   Explanation out;
   Grid grid = start;
+  Memo memo;
   while (!IsBroken(grid) && !IsSolved(grid) && static_cast<int>(out.steps.size()) < options.maxSteps) {
     if (options.cancel != nullptr && options.cancel->load(std::memory_order_relaxed)) {
       out.cancelled = true;
       break;
     }
     Step step;
-    if (!NextStep(grid, step)) break;
+    if (!NextStep(grid, step, memo)) break;
     Apply(grid, step);
     out.grade.level = std::max(out.grade.level, step.level);
     out.grade.score += RungWeight(step.level);
