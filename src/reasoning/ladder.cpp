@@ -66,6 +66,9 @@ std::string Digits(DigitMask m, const char* word = "and") {
 
 int DigitOf(DigitMask m) { return masks::Lowest(m); }
 
+// One digit left; masks::IsSingle counts bits, a library call on plain x86-64.
+constexpr bool Single(DigitMask m) { return m != 0 && (m & (m - 1)) == 0; }
+
 int Cells(const Grid& g) { return g.n * g.n; }
 
 // Places d at cell and strikes d from the open cells of its row and column.
@@ -90,7 +93,7 @@ void PlaceWithPeers(const Grid& g, int cell, int d, Step& step) {
 bool NakedSingle(const Grid& g, Step& step) {
   for (int c = 0; c < Cells(g); ++c) {
     const DigitMask m = g.cand[static_cast<std::size_t>(c)];
-    if (g.placed[static_cast<std::size_t>(c)] || !masks::IsSingle(m)) continue;
+    if (g.placed[static_cast<std::size_t>(c)] || !Single(m)) continue;
     const int d = DigitOf(m);
     step = {"Naked single", kSingles, {c}, {}, {}, ""};
     PlaceWithPeers(g, c, d, step);
@@ -199,9 +202,13 @@ Chains LongestChains(const Grid& g, bool down) {
   return chains;
 }
 
-bool SignChain(const Grid& g, Step& step) {
+class Memo;
+// The grid's longest chains, worked out once for all its steps: signs never change.
+const Chains& ChainsOf(Memo& memo, const Grid& g, bool down);
+
+bool SignChain(const Grid& g, Step& step, Memo& memo) {
   for (const bool down : {true, false}) {
-    const Chains chains = LongestChains(g, down);
+    const Chains& chains = ChainsOf(memo, g, down);
     for (int c = 0; c < Cells(g); ++c) {
       const int k = chains.length[static_cast<std::size_t>(c)];
       if (g.placed[static_cast<std::size_t>(c)] || k < 3) continue;
@@ -485,7 +492,7 @@ bool Propagate(Grid& g, Trail& trail) {
         trail.contradiction = CellName(n, c) + " would have no digit left";
         return false;
       }
-      if (!g.placed[static_cast<std::size_t>(c)] && masks::IsSingle(m)) {
+      if (!g.placed[static_cast<std::size_t>(c)] && Single(m)) {
         place(c, DigitOf(m));
         changed = true;
       }
@@ -520,7 +527,7 @@ bool Propagate(Grid& g, Trail& trail) {
         const int c = cells[static_cast<std::size_t>(i)];
         const DigitMask here = g.cand[static_cast<std::size_t>(c)] & single;
         if (here == 0 || g.placed[static_cast<std::size_t>(c)]) continue;
-        if (!masks::IsSingle(here)) {
+        if (!Single(here)) {
           trail.contradiction = CellName(n, c) + " would need both " + Digits(here);
           return false;
         }
@@ -662,7 +669,7 @@ bool Settle(const Topology& t, Cand& cand, Placed& placed, Pending& todo) {
         const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
         const DigitMask here = cand[c] & single;
         if (here == 0 || placed[c]) continue;
-        if (!masks::IsSingle(here)) return false;
+        if (!Single(here)) return false;
         narrow(c, here);
       }
       continue;
@@ -670,7 +677,7 @@ bool Settle(const Topology& t, Cand& cand, Placed& placed, Pending& todo) {
     const auto xi = static_cast<std::size_t>(x);
     const DigitMask m = cand[xi];
     if (m == 0) return false;
-    if (!placed[xi] && masks::IsSingle(m)) {
+    if (!placed[xi] && Single(m)) {
       placed[xi] = true;
       for (int i = 0; i < 2 * (n - 1); ++i) {
         const std::size_t p = t.peers[xi][static_cast<std::size_t>(i)];
@@ -696,12 +703,13 @@ bool Settle(const Topology& t, Cand& cand, Placed& placed, Pending& todo) {
 }
 
 // The first step of rungs 1 to 5, unworded; defined with the ladder below.
-bool EasyStep(const Grid& g, Step& step);
+bool EasyStep(const Grid& g, Step& step, Memo& memo);
 
 // What the ladder remembers while it explains one grid, whose candidates only ever
-// shrink: for each assumption that held, where it led. When the grid still allows all
-// of that end state, the assumption leads there again (the end state is a fixed point
-// of the rules, and the largest one below the grid), so it is not followed again.
+// shrink: where each assumption led. The rules only strike, so an assumption that broke
+// the grid breaks it again, and one that held leads, on a smaller grid, to a state
+// within where it led before: that end state, narrowed to the grid and settled from the
+// cells that lost candidates, is the new one. Only what changed is followed again.
 class Memo {
  public:
   // Starts a search for a step on g: settles g's own candidates.
@@ -709,16 +717,19 @@ class Memo {
     if (!topology_ || topology_->n != g.n) {
       topology_ = std::make_unique<Topology>(g);
       entries_.assign(static_cast<std::size_t>(g.n * g.n * (kMaxGridSize + 1)), Entry{});
+      seen_ = false;
     }
+    if (seen_ && g.cand == last_ && g.placed == lastPlaced_) return;
     cells_ = g.n * g.n;
-    for (std::size_t c = 0; c < static_cast<std::size_t>(cells_); ++c) {
+    for (std::size_t c = 0; seen_ && c < static_cast<std::size_t>(cells_); ++c) {
       // A grid that is not within the last one: what was remembered may not hold.
-      if ((g.cand[c] & ~last_[c]) != 0 && seen_) {
+      if ((g.cand[c] & ~last_[c]) != 0) {
         std::fill(entries_.begin(), entries_.end(), Entry{});
         break;
       }
     }
     last_ = g.cand;
+    lastPlaced_ = g.placed;
     seen_ = true;
     base_ = g.cand;
     basePlaced_ = g.placed;
@@ -731,13 +742,17 @@ class Memo {
   const Cand* Quick(int c, int d) {
     if (!baseHolds_ || (base_[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) return nullptr;
     Entry& e = At(c, d);
-    if (e.quickHolds && Within(e.quick)) return &e.quick;
-    e.quick = base_;
-    Placed placed = basePlaced_;
-    e.quick[static_cast<std::size_t>(c)] = masks::Bit(d);
-    Pending todo;
-    todo.Cell(c);
-    e.quickHolds = Settle(*topology_, e.quick, placed, todo);
+    if (!e.quickKnown) {
+      e.quick = base_;
+      e.quick[static_cast<std::size_t>(c)] = masks::Bit(d);
+      Placed placed = basePlaced_;
+      Pending todo;
+      todo.Cell(c);
+      e.quickHolds = Settle(*topology_, e.quick, placed, todo);
+      e.quickKnown = true;
+    } else if (e.quickHolds) {
+      e.quickHolds = Renew(e.quick).holds;
+    }
     return e.quickHolds ? &e.quick : nullptr;
   }
 
@@ -746,57 +761,89 @@ class Memo {
     const Cand* quick = Quick(c, d);
     if (quick == nullptr) return false;
     Entry& e = At(c, d);
-    if (e.deepHolds && Within(e.deep)) return true;
+    if (e.deepKnown) {
+      if (!e.deepHolds) return false;
+      const Renewed renewed = Renew(e.deep);
+      if (!renewed.holds || !renewed.changed) return e.deepHolds = renewed.holds;
+    } else {
+      e.deep = *quick;
+    }
     Grid trial = g;
-    trial.cand = *quick;
-    for (int x = 0; x < cells_; ++x) trial.placed[static_cast<std::size_t>(x)] = masks::IsSingle(trial.cand[static_cast<std::size_t>(x)]);
+    trial.cand = e.deep;
+    for (int x = 0; x < cells_; ++x) trial.placed[static_cast<std::size_t>(x)] = Single(e.deep[static_cast<std::size_t>(x)]);
+    e.deepKnown = true;
+    e.deepHolds = false;
     for (int i = 0; i < budget; ++i) {
-      if (IsSolved(trial)) return Remember(e, trial);
       Step step;
-      if (!EasyStep(trial, step)) return Remember(e, trial);
+      if (IsSolved(trial) || !EasyStep(trial, step, *this)) {
+        e.deep = trial.cand;
+        return e.deepHolds = true;
+      }
       Apply(trial, step);
       if (IsBroken(trial)) return false;
       Pending todo;
       for (const auto& [cell, digits] : step.removed) todo.Cell(cell);
-      for (const auto& [cell, digit] : step.placed) todo.Cell(cell);
-      // Apply placed these cells; Settle places them again to clear their lines.
-      for (const auto& [cell, digit] : step.placed) trial.placed[static_cast<std::size_t>(cell)] = false;
+      for (const auto& [cell, digit] : step.placed) {
+        // Settle places it again, to clear its lines.
+        trial.placed[static_cast<std::size_t>(cell)] = false;
+        todo.Cell(cell);
+      }
       if (!Settle(*topology_, trial.cand, trial.placed, todo)) return false;
     }
+    e.deepKnown = false;  // out of steps: held, but not to a known end
     return true;
+  }
+
+ 
+  const Chains& ChainsFor(const Grid& g, bool down) {
+    if (!chains_) chains_ = std::make_unique<std::array<Chains, 2>>(std::array{LongestChains(g, true), LongestChains(g, false)});
+    return (*chains_)[down ? 0 : 1];
   }
 
  private:
   struct Entry {
+    bool quickKnown = false;
     bool quickHolds = false;
+    bool deepKnown = false;
     bool deepHolds = false;
     Cand quick;
     Cand deep;
   };
+  struct Renewed {
+    bool holds;
+    bool changed;
+  };
 
   Entry& At(int c, int d) { return entries_[static_cast<std::size_t>(c * (kMaxGridSize + 1) + d)]; }
 
-  bool Within(const Cand& end) const {
-    DigitMask outside = 0;
-    for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) outside |= end[x] & ~base_[x];
-    return outside == 0;
-  }
-
-  static bool Remember(Entry& e, const Grid& end) {
-    e.deep = end.cand;
-    e.deepHolds = true;
-    return true;
+  Renewed Renew(Cand& end) const {
+    Pending todo;
+    Placed placed{};
+    bool changed = false;
+    for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) {
+      placed[x] = Single(end[x]);
+      const DigitMask within = end[x] & base_[x];
+      if (within == end[x]) continue;
+      end[x] = within;
+      todo.Cell(static_cast<int>(x));
+      changed = true;
+    }
+    return {!changed || Settle(*topology_, end, placed, todo), changed};
   }
 
   std::unique_ptr<Topology> topology_;
+  std::unique_ptr<std::array<Chains, 2>> chains_;  // down, up
   std::vector<Entry> entries_;
   int cells_ = 0;
   bool seen_ = false;
   Cand last_{};
+  Placed lastPlaced_{};
   Cand base_{};
   Placed basePlaced_{};
   bool baseHolds_ = false;
 };
+
+const Chains& ChainsOf(Memo& memo, const Grid& g, bool down) { return memo.ChainsFor(g, down); }
 
 // ---- Rung 6: forcing chains from a two-candidate cell ---------------------------------
 
@@ -823,7 +870,7 @@ bool ForcingChain(const Grid& g, Step& step, Memo& memo) {
     const int x = removed[0].first;
     const DigitMask left = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(x)] & ~removed[0].second);
     step.cells.push_back(x);
-    std::string result = masks::IsSingle(left) ? CellName(g.n, x) + " is " + std::to_string(DigitOf(left))
+    std::string result = Single(left) ? CellName(g.n, x) + " is " + std::to_string(DigitOf(left))
                                                : CellName(g.n, x) + " is not " + Digits(removed[0].second, "or");
     step.text = Capital(CellName(g.n, c)) + " is " + std::to_string(a) + " or " + std::to_string(b) +
                 ". Following singles and signs from either digit, both lead to the same place: " + result +
@@ -839,15 +886,15 @@ bool ForcingChain(const Grid& g, Step& step, Memo& memo) {
 // ---- Rung 7: proof by contradiction ---------------------------------------------------
 
 // The ladder's rungs 1 to 5 applied until they stop, as a deeper test of an assumption.
-bool PropagateDeep(Grid& g, Trail& trail, int budget);
+bool PropagateDeep(Grid& g, Trail& trail, int budget, Memo& memo);
 constexpr int kDeepBudget = 400;  // steps of rungs 1 to 5 within one assumption
 
 // Tries c = d on a copy; on a contradiction fills the step that strikes d from c.
-bool TestAssumption(const Grid& g, int c, int d, bool deep, Step& step) {
+bool TestAssumption(const Grid& g, int c, int d, bool deep, Step& step, Memo& memo) {
   Grid trial = g;
   Trail trail;
   trial.cand[static_cast<std::size_t>(c)] = masks::Bit(d);
-  const bool holds = deep ? PropagateDeep(trial, trail, kDeepBudget) : Propagate(trial, trail);
+  const bool holds = deep ? PropagateDeep(trial, trail, kDeepBudget, memo) : Propagate(trial, trail);
   if (holds) return false;
   step = {"Contradiction", kContradiction, {c}, {}, {{c, masks::Bit(d)}}, ""};
   for (const auto& [cell, digit] : trail.placed) {
@@ -883,7 +930,7 @@ bool Contradiction(const Grid& g, Step& step, bool deep, Memo& memo) {
   for (const auto& [c, d] : Assumptions(g)) {
     const bool holds = deep ? memo.DeepHolds(g, c, d, kDeepBudget) : memo.Quick(c, d) != nullptr;
     // Followed again, with its trail, only to be told.
-    if (!holds && TestAssumption(g, c, d, deep, step)) return true;
+    if (!holds && TestAssumption(g, c, d, deep, step, memo)) return true;
   }
   return false;
 }
@@ -917,7 +964,7 @@ struct NamedTechnique {
 constexpr NamedTechnique kLadder[] = {{"Naked single", Easy<NakedSingle>},
                                       {"Hidden single", Easy<HiddenSingle>},
                                       {"Sign beside a digit", Easy<SignBesideDigit>},
-                                      {"Sign chain", Easy<SignChain>},
+                                      {"Sign chain", SignChain},
                                       {"Sign bounds", Easy<SignBounds>},
                                       {"Naked pair", Easy<NakedPair>},
                                       {"Hidden pair", Easy<HiddenPair>},
@@ -933,10 +980,9 @@ constexpr NamedTechnique kLadder[] = {{"Naked single", Easy<NakedSingle>},
 // Rungs 1 to 5 only, for testing an assumption deeply.
 constexpr std::size_t kBelowChains = 13;
 
-bool EasyStep(const Grid& g, Step& step) {
-  Memo none;
+bool EasyStep(const Grid& g, Step& step, Memo& memo) {
   for (std::size_t t = 0; t < kBelowChains; ++t) {
-    if (kLadder[t].find(g, step, none)) return true;
+    if (kLadder[t].find(g, step, memo)) return true;
   }
   return false;
 }
@@ -948,12 +994,12 @@ bool NextStep(const Grid& grid, Step& step, Memo& memo) {
   return false;
 }
 
-bool PropagateDeep(Grid& g, Trail& trail, int budget) {
+bool PropagateDeep(Grid& g, Trail& trail, int budget, Memo& memo) {
   for (int i = 0; i < budget; ++i) {
     if (!Propagate(g, trail)) return false;
     if (IsSolved(g)) return true;
     Step step;
-    if (!EasyStep(g, step)) return true;
+    if (!EasyStep(g, step, memo)) return true;
     Apply(g, step);
     for (const auto& [cell, digit] : step.placed) trail.placed.emplace_back(cell, digit);
     if (IsBroken(g)) {
