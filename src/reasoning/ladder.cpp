@@ -286,6 +286,36 @@ bool ForEachSmallUnion(const unsigned* items, int count, int k, F&& f) {
 
 constexpr const char* kSubsetNames[] = {"", "", "pair", "triple", "quad"};
 
+// Where each digit may go in each line (bit i: the line's i-th cell), and the digits
+// placed in each line: one pass over the cells instead of one per digit and line.
+struct Places {
+  std::array<std::array<unsigned, kMaxGridSize + 1>, 2 * kMaxGridSize> at{};
+  std::array<DigitMask, 2 * kMaxGridSize> placed{};
+  std::array<int, 2 * kMaxGridSize> open{};  // cells not placed
+};
+
+Places PlacesOf(const Grid& g) {
+  const int n = g.n;
+  Places p;
+  for (int c = 0; c < n * n; ++c) {
+    const auto row = static_cast<std::size_t>(c / n);
+    const auto column = static_cast<std::size_t>(n + c % n);
+    const DigitMask m = g.cand[static_cast<std::size_t>(c)];
+    masks::ForEachDigit(m, [&](int d) {
+      p.at[row][static_cast<std::size_t>(d)] |= 1u << (c % n);
+      p.at[column][static_cast<std::size_t>(d)] |= 1u << (c / n);
+    });
+    if (g.placed[static_cast<std::size_t>(c)]) {
+      p.placed[row] |= m;
+      p.placed[column] |= m;
+    } else {
+      ++p.open[row];
+      ++p.open[column];
+    }
+  }
+  return p;
+}
+
 bool NakedSubset(const Grid& g, int k, Step& step) {
   const int n = g.n;
   for (int l = 0; l < 2 * n; ++l) {
@@ -332,32 +362,20 @@ bool NakedSubset(const Grid& g, int k, Step& step) {
 
 bool HiddenSubset(const Grid& g, int k, Step& step) {
   const int n = g.n;
+  const Places where = PlacesOf(g);
   for (int l = 0; l < 2 * n; ++l) {
     const Line line = LineCells(n, l);
-    std::array<int, kMaxGridSize> open{};
-    int count = 0;
-    DigitMask placedDigits = 0;
-    for (int i = 0; i < n; ++i) {
-      const int c = line[static_cast<std::size_t>(i)];
-      if (g.placed[static_cast<std::size_t>(c)]) {
-        placedDigits |= g.cand[static_cast<std::size_t>(c)];
-      } else {
-        open[static_cast<std::size_t>(count++)] = c;
-      }
-    }
-    if (count <= k) continue;
-    // Where each open digit may go, as a mask over the open cells.
+    const auto li = static_cast<std::size_t>(l);
+    const DigitMask placedDigits = where.placed[li];
+    if (where.open[li] <= k) continue;
+    // Where each open digit may go: never a placed cell, which holds a placed digit.
     std::array<int, kMaxGridSize> digits{};
     std::array<unsigned, kMaxGridSize> spots{};
     int digitCount = 0;
     for (int d = 1; d <= n; ++d) {
       if ((placedDigits & masks::Bit(d)) != 0) continue;
-      unsigned spot = 0;
-      for (int j = 0; j < count; ++j) {
-        if ((g.cand[static_cast<std::size_t>(open[static_cast<std::size_t>(j)])] & masks::Bit(d)) != 0) spot |= 1u << j;
-      }
       digits[static_cast<std::size_t>(digitCount)] = d;
-      spots[static_cast<std::size_t>(digitCount++)] = spot;
+      spots[static_cast<std::size_t>(digitCount++)] = where.at[li][static_cast<std::size_t>(d)];
     }
     const bool found = ForEachSmallUnion(spots.data(), digitCount, k, [&](unsigned set, unsigned cover) {
       if (Ones(cover) != k) return false;
@@ -366,24 +384,24 @@ bool HiddenSubset(const Grid& g, int k, Step& step) {
         if ((set >> i & 1u) != 0) chosen |= masks::Bit(digits[static_cast<std::size_t>(i)]);
       }
       bool strikes = false;
-      for (int j = 0; j < count && !strikes; ++j) {
-        strikes = (cover >> j & 1u) != 0 && (g.cand[static_cast<std::size_t>(open[static_cast<std::size_t>(j)])] & ~chosen) != 0;
+      for (int j = 0; j < n && !strikes; ++j) {
+        strikes = (cover >> j & 1u) != 0 && (g.cand[static_cast<std::size_t>(line[static_cast<std::size_t>(j)])] & ~chosen) != 0;
       }
       if (!strikes) return false;
       std::vector<int> places;
       std::vector<std::pair<int, DigitMask>> removed;
-      for (int j = 0; j < count; ++j) {
+      for (int j = 0; j < n; ++j) {
         if ((cover >> j & 1u) == 0) continue;
-        const int c = open[static_cast<std::size_t>(j)];
+        const int c = line[static_cast<std::size_t>(j)];
         places.push_back(c);
         const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & ~chosen);
         if (gone != 0) removed.emplace_back(c, gone);
       }
       step = {std::string("Hidden ") + kSubsetNames[k], kSubsets, places, {}, removed, ""};
-      std::vector<std::string> where;
-      for (int c : places) where.push_back(std::to_string((l < n ? c % n : c / n) + 1));
+      std::vector<std::string> names;
+      for (int c : places) names.push_back(std::to_string((l < n ? c % n : c / n) + 1));
       step.text = "In " + LineName(n, l) + ", " + Digits(chosen) + " fit only in " + (l < n ? "columns " : "rows ") +
-                  List(where) + ": those cells hold nothing else.";
+                  List(names) + ": those cells hold nothing else.";
       return true;
     });
     if (found) return true;
@@ -395,6 +413,7 @@ bool HiddenSubset(const Grid& g, int k, Step& step) {
 
 bool Fish(const Grid& g, int k, Step& step) {
   const int n = g.n;
+  const Places where = PlacesOf(g);
   for (int d = 1; d <= n; ++d) {
     for (const bool byRows : {true, false}) {
       // For each base line (rows, or columns), the cross positions where d may go.
@@ -402,14 +421,9 @@ bool Fish(const Grid& g, int k, Step& step) {
       std::array<unsigned, kMaxGridSize> spots{};
       int count = 0;
       for (int b = 0; b < n; ++b) {
-        unsigned spot = 0;
-        bool placed = false;
-        for (int i = 0; i < n; ++i) {
-          const int c = byRows ? b * n + i : i * n + b;
-          if ((g.cand[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) continue;
-          if (g.placed[static_cast<std::size_t>(c)]) placed = true;
-          spot |= 1u << i;
-        }
+        const auto l = static_cast<std::size_t>(byRows ? b : n + b);
+        const unsigned spot = where.at[l][static_cast<std::size_t>(d)];
+        const bool placed = (where.placed[l] & masks::Bit(d)) != 0;
         const int places = Ones(spot);
         if (!placed && places >= 2 && places <= k) {
           bases[static_cast<std::size_t>(count)] = b;
