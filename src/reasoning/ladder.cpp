@@ -1079,20 +1079,26 @@ bool IsSolved(const Grid& grid) {
 
 bool IsBroken(const Grid& grid) {
   const int n = grid.n;
-  for (int l = 0; l < 2 * n; ++l) {
-    const Line cells = LineCells(n, l);
-    DigitMask seen = 0;
-    DigitMask placed = 0;
-    for (int i = 0; i < n; ++i) {
-      const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
-      if (grid.cand[c] == 0) return true;
-      if (grid.placed[c]) {
-        if ((placed & grid.cand[c]) != 0) return true;
-        placed |= grid.cand[c];
+  // Rows and columns in one pass over the cells: the ladder asks after every step.
+  std::array<DigitMask, 2 * kMaxGridSize> seen{};
+  std::array<DigitMask, 2 * kMaxGridSize> placed{};
+  for (int row = 0, c = 0; row < n; ++row) {
+    for (int column = n; column < 2 * n; ++column, ++c) {
+      const DigitMask m = grid.cand[static_cast<std::size_t>(c)];
+      if (m == 0) return true;
+      const auto r = static_cast<std::size_t>(row);
+      const auto k = static_cast<std::size_t>(column);
+      seen[r] |= m;
+      seen[k] |= m;
+      if (grid.placed[static_cast<std::size_t>(c)]) {
+        if (((placed[r] | placed[k]) & m) != 0) return true;
+        placed[r] |= m;
+        placed[k] |= m;
       }
-      seen |= grid.cand[c];
     }
-    if (seen != masks::Full(n)) return true;
+  }
+  for (int l = 0; l < 2 * n; ++l) {
+    if (seen[static_cast<std::size_t>(l)] != masks::Full(n)) return true;
   }
   for (const Sign& s : grid.SignList()) {
     const auto gi = static_cast<std::size_t>(s.greater);
