@@ -297,20 +297,22 @@ struct Places {
 Places PlacesOf(const Grid& g) {
   const int n = g.n;
   Places p;
-  for (int c = 0; c < n * n; ++c) {
-    const auto row = static_cast<std::size_t>(c / n);
-    const auto column = static_cast<std::size_t>(n + c % n);
-    const DigitMask m = g.cand[static_cast<std::size_t>(c)];
-    masks::ForEachDigit(m, [&](int d) {
-      p.at[row][static_cast<std::size_t>(d)] |= 1u << (c % n);
-      p.at[column][static_cast<std::size_t>(d)] |= 1u << (c / n);
-    });
-    if (g.placed[static_cast<std::size_t>(c)]) {
-      p.placed[row] |= m;
-      p.placed[column] |= m;
-    } else {
-      ++p.open[row];
-      ++p.open[column];
+  for (int r = 0, c = 0; r < n; ++r) {
+    for (int k = 0; k < n; ++k, ++c) {
+      const auto row = static_cast<std::size_t>(r);
+      const auto column = static_cast<std::size_t>(n + k);
+      const DigitMask m = g.cand[static_cast<std::size_t>(c)];
+      masks::ForEachDigit(m, [&](int d) {
+        p.at[row][static_cast<std::size_t>(d)] |= 1u << k;
+        p.at[column][static_cast<std::size_t>(d)] |= 1u << r;
+      });
+      if (g.placed[static_cast<std::size_t>(c)]) {
+        p.placed[row] |= m;
+        p.placed[column] |= m;
+      } else {
+        ++p.open[row];
+        ++p.open[column];
+      }
     }
   }
   return p;
@@ -600,6 +602,7 @@ struct Topology {
   std::array<Link, 2 * std::tuple_size_v<decltype(Grid::signs)>> links{};
   std::array<std::uint16_t, kMaxCells + 1> linkStart{};  // this cell's links: [start[c], start[c + 1])
   std::array<Line, 2 * kMaxGridSize> lines{};
+  std::array<std::uint32_t, kMaxCells> lineBits{};  // the cell's row and column
 
   explicit Topology(const Grid& g) : n(g.n) {
     for (int c = 0; c < n * n; ++c) {
@@ -622,6 +625,7 @@ struct Topology {
       links[fill[static_cast<std::size_t>(s.smaller)]++] = {static_cast<std::uint8_t>(s.greater), false};
     }
     for (int l = 0; l < 2 * n; ++l) lines[static_cast<std::size_t>(l)] = LineCells(n, l);
+    for (int c = 0; c < n * n; ++c) lineBits[static_cast<std::size_t>(c)] = 1u << (c / n) | 1u << (n + c % n);
   }
 };
 
@@ -712,7 +716,7 @@ bool Settle(const Topology& t, Cand& cand, Placed& placed, Pending& todo) {
       if (ng != gm) narrow(gi, ng);
       if (ns != sm) narrow(si, ns);
     }
-    todo.lines |= 1u << (x / n) | 1u << (n + x % n);
+    todo.lines |= t.lineBits[xi];
   }
 }
 
