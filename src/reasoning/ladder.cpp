@@ -71,6 +71,37 @@ constexpr bool Single(DigitMask m) { return m != 0 && (m & (m - 1)) == 0; }
 
 int Cells(const Grid& g) { return g.n * g.n; }
 
+// The part of a grid a rung of 1 to 5 looks at. Each finds its steps line by line, cell
+// by cell, sign by sign or digit by digit, so on a grid where it found nothing it can
+// find something only where cells have changed since: only there does it look again.
+struct Scope {
+  std::array<std::uint64_t, 2> cells{~std::uint64_t{0}, ~std::uint64_t{0}};
+  std::uint32_t lines = ~0u;
+  DigitMask digits = static_cast<DigitMask>(~0u);
+
+  // Where g differs from a grid on which rungs 1 to 5 found nothing.
+  static Scope Changed(const Grid& g, const Grid& quiet) {
+    Scope scope{{}, 0, 0};
+    const int n = g.n;
+    for (int r = 0, c = 0; r < n; ++r) {
+      for (int k = 0; k < n; ++k, ++c) {
+        const auto ci = static_cast<std::size_t>(c);
+        if (g.cand[ci] == quiet.cand[ci] && g.placed[ci] == quiet.placed[ci]) continue;
+        scope.cells[ci >> 6] |= std::uint64_t{1} << (ci & 63);
+        scope.lines |= 1u << r | 1u << (n + k);
+        scope.digits |= quiet.cand[ci] | g.cand[ci];
+      }
+    }
+    return scope;
+  }
+  bool Cell(int c) const { return (cells[static_cast<std::size_t>(c >> 6)] >> (c & 63) & 1u) != 0; }
+  bool Line(int l) const { return (lines >> l & 1u) != 0; }
+  bool Digit(int d) const { return (digits & masks::Bit(d)) != 0; }
+  bool Touches(const Sign& s) const { return Cell(s.greater) || Cell(s.smaller); }
+  bool Empty() const { return lines == 0; }
+};
+constexpr Scope kWholeGrid{};
+
 // Places d at cell and strikes d from the open cells of its row and column.
 void PlaceWithPeers(const Grid& g, int cell, int d, Step& step) {
   step.placed.emplace_back(cell, d);
@@ -90,10 +121,10 @@ void PlaceWithPeers(const Grid& g, int cell, int d, Step& step) {
 
 // ---- Rung 1: singles --------------------------------------------------------------
 
-bool NakedSingle(const Grid& g, Step& step) {
+bool NakedSingle(const Grid& g, Step& step, const Scope& scope) {
   for (int c = 0; c < Cells(g); ++c) {
     const DigitMask m = g.cand[static_cast<std::size_t>(c)];
-    if (g.placed[static_cast<std::size_t>(c)] || !Single(m)) continue;
+    if (g.placed[static_cast<std::size_t>(c)] || !Single(m) || !scope.Cell(c)) continue;
     const int d = DigitOf(m);
     step = {"Naked single", kSingles, {c}, {}, {}, ""};
     PlaceWithPeers(g, c, d, step);
@@ -104,9 +135,10 @@ bool NakedSingle(const Grid& g, Step& step) {
   return false;
 }
 
-bool HiddenSingle(const Grid& g, Step& step) {
+bool HiddenSingle(const Grid& g, Step& step, const Scope& scope) {
   const int n = g.n;
   for (int l = 0; l < 2 * n; ++l) {
+    if (!scope.Line(l)) continue;
     const Line cells = LineCells(n, l);
     DigitMask seen = 0;
     DigitMask twice = 0;
@@ -145,8 +177,9 @@ std::string Where(int n, int from, int to) {
   return "beside it";
 }
 
-bool SignBesideDigit(const Grid& g, Step& step) {
+bool SignBesideDigit(const Grid& g, Step& step, const Scope& scope) {
   for (const Sign& s : g.SignList()) {
+    if (!scope.Touches(s)) continue;
     const auto gi = static_cast<std::size_t>(s.greater);
     const auto si = static_cast<std::size_t>(s.smaller);
     if (g.placed[si] && !g.placed[gi]) {
@@ -206,12 +239,12 @@ class Memo;
 // The grid's longest chains, worked out once for all its steps: signs never change.
 const Chains& ChainsOf(Memo& memo, const Grid& g, bool down);
 
-bool SignChain(const Grid& g, Step& step, Memo& memo) {
+bool SignChain(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
   for (const bool down : {true, false}) {
     const Chains& chains = ChainsOf(memo, g, down);
     for (int c = 0; c < Cells(g); ++c) {
       const int k = chains.length[static_cast<std::size_t>(c)];
-      if (g.placed[static_cast<std::size_t>(c)] || k < 3) continue;
+      if (g.placed[static_cast<std::size_t>(c)] || k < 3 || !scope.Cell(c)) continue;
       const DigitMask allowed = down ? masks::Range(k, g.n) : masks::Range(1, g.n - k + 1);
       const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & ~allowed);
       if (gone == 0) continue;
@@ -232,8 +265,9 @@ bool SignChain(const Grid& g, Step& step, Memo& memo) {
   return false;
 }
 
-bool SignBounds(const Grid& g, Step& step) {
+bool SignBounds(const Grid& g, Step& step, const Scope& scope) {
   for (const Sign& s : g.SignList()) {
+    if (!scope.Touches(s)) continue;
     const auto gi = static_cast<std::size_t>(s.greater);
     const auto si = static_cast<std::size_t>(s.smaller);
     if (g.placed[gi] || g.placed[si] || g.cand[gi] == 0 || g.cand[si] == 0) continue;
@@ -318,9 +352,10 @@ Places PlacesOf(const Grid& g) {
   return p;
 }
 
-bool NakedSubset(const Grid& g, int k, Step& step) {
+bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
   const int n = g.n;
   for (int l = 0; l < 2 * n; ++l) {
+    if (!scope.Line(l)) continue;
     const Line line = LineCells(n, l);
     std::array<int, kMaxGridSize> open{};
     std::array<unsigned, kMaxGridSize> cand{};
@@ -362,10 +397,12 @@ bool NakedSubset(const Grid& g, int k, Step& step) {
   return false;
 }
 
-bool HiddenSubset(const Grid& g, int k, Step& step) {
+bool HiddenSubset(const Grid& g, int k, Step& step, const Scope& scope) {
   const int n = g.n;
+  if (scope.Empty()) return false;
   const Places where = PlacesOf(g);
   for (int l = 0; l < 2 * n; ++l) {
+    if (!scope.Line(l)) continue;
     const Line line = LineCells(n, l);
     const auto li = static_cast<std::size_t>(l);
     const DigitMask placedDigits = where.placed[li];
@@ -413,10 +450,12 @@ bool HiddenSubset(const Grid& g, int k, Step& step) {
 
 // ---- Rung 5: one digit across rows or columns -----------------------------------------
 
-bool Fish(const Grid& g, int k, Step& step) {
+bool Fish(const Grid& g, int k, Step& step, const Scope& scope) {
   const int n = g.n;
+  if (scope.Empty()) return false;
   const Places where = PlacesOf(g);
   for (int d = 1; d <= n; ++d) {
+    if (!scope.Digit(d)) continue;
     for (const bool byRows : {true, false}) {
       // For each base line (rows, or columns), the cross positions where d may go.
       std::array<int, kMaxGridSize> bases{};
@@ -613,13 +652,12 @@ struct Topology {
         }
       }
     }
-    std::array<std::uint16_t, kMaxCells + 1> fill{};
     for (const Sign& s : g.SignList()) {
       ++linkStart[static_cast<std::size_t>(s.greater) + 1];
       ++linkStart[static_cast<std::size_t>(s.smaller) + 1];
     }
     for (std::size_t c = 0; c < kMaxCells; ++c) linkStart[c + 1] = static_cast<std::uint16_t>(linkStart[c + 1] + linkStart[c]);
-    fill = linkStart;
+    std::array<std::uint16_t, kMaxCells + 1> fill = linkStart;
     for (const Sign& s : g.SignList()) {
       links[fill[static_cast<std::size_t>(s.greater)]++] = {static_cast<std::uint8_t>(s.smaller), true};
       links[fill[static_cast<std::size_t>(s.smaller)]++] = {static_cast<std::uint8_t>(s.greater), false};
@@ -720,8 +758,8 @@ bool Settle(const Topology& t, Cand& cand, Placed& placed, Pending& todo) {
   }
 }
 
-// The first step of rungs 1 to 5, unworded; defined with the ladder below.
-bool EasyStep(const Grid& g, Step& step, Memo& memo);
+// The first step of rungs 1 to 5 within the scope; defined with the ladder below.
+bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 
 // What the ladder remembers while it explains one grid, whose candidates only ever
 // shrink: where each assumption led. The rules only strike, so an assumption that broke
@@ -754,6 +792,7 @@ class Memo {
     Pending todo;
     todo.All(g.n);
     baseHolds_ = Settle(*topology_, base_, basePlaced_, todo);
+    quiet_ = Unknown;
   }
 
   // Where c = d leads by singles and signs, or nullptr when it breaks the grid.
@@ -779,21 +818,26 @@ class Memo {
     const Cand* quick = Quick(c, d);
     if (quick == nullptr) return false;
     Entry& e = At(c, d);
+    // A grid the trial lies within on which rungs 1 to 5 found nothing: where it ended
+    // before, or g itself. The rungs look again only where the trial differs from it.
+    Grid quiet = g;
+    bool scoped = true;
     if (e.deepKnown) {
       if (!e.deepHolds) return false;
+      SetCand(quiet, e.deep);
       const Renewed renewed = Renew(e.deep);
       if (!renewed.holds || !renewed.changed) return e.deepHolds = renewed.holds;
     } else {
       e.deep = *quick;
+      scoped = Quiet(g);
     }
     Grid trial = g;
-    trial.cand = e.deep;
-    for (int x = 0; x < cells_; ++x) trial.placed[static_cast<std::size_t>(x)] = Single(e.deep[static_cast<std::size_t>(x)]);
+    SetCand(trial, e.deep);
     e.deepKnown = true;
     e.deepHolds = false;
     for (int i = 0; i < budget; ++i) {
       Step step;
-      if (IsSolved(trial) || !EasyStep(trial, step, *this)) {
+      if (IsSolved(trial) || !EasyStep(trial, step, *this, scoped ? Scope::Changed(trial, quiet) : kWholeGrid)) {
         e.deep = trial.cand;
         return e.deepHolds = true;
       }
@@ -812,7 +856,6 @@ class Memo {
     return true;
   }
 
- 
   const Chains& ChainsFor(const Grid& g, bool down) {
     if (!chains_) chains_ = std::make_unique<std::array<Chains, 2>>(std::array{LongestChains(g, true), LongestChains(g, false)});
     return (*chains_)[down ? 0 : 1];
@@ -833,6 +876,21 @@ class Memo {
   };
 
   Entry& At(int c, int d) { return entries_[static_cast<std::size_t>(c * (kMaxGridSize + 1) + d)]; }
+
+  // A settled state as a grid: its single cells are placed.
+  void SetCand(Grid& grid, const Cand& cand) const {
+    grid.cand = cand;
+    for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) grid.placed[x] = Single(cand[x]);
+  }
+
+  // Whether rungs 1 to 5 find nothing on the grid last looked at, g.
+  bool Quiet(const Grid& g) {
+    if (quiet_ == Unknown) {
+      Step step;
+      quiet_ = EasyStep(g, step, *this, kWholeGrid) ? No : Yes;
+    }
+    return quiet_ == Yes;
+  }
 
   Renewed Renew(Cand& end) const {
     Pending todo;
@@ -859,6 +917,7 @@ class Memo {
   Cand base_{};
   Placed basePlaced_{};
   bool baseHolds_ = false;
+  enum { Unknown, Yes, No } quiet_ = Unknown;
 };
 
 const Chains& ChainsOf(Memo& memo, const Grid& g, bool down) { return memo.ChainsFor(g, down); }
@@ -956,21 +1015,27 @@ bool Contradiction(const Grid& g, Step& step, bool deep, Memo& memo) {
 bool ContradictionQuick(const Grid& g, Step& step, Memo& memo) { return Contradiction(g, step, false, memo); }
 bool ContradictionDeep(const Grid& g, Step& step, Memo& memo) { return Contradiction(g, step, true, memo); }
 
-bool NakedPair(const Grid& g, Step& s) { return NakedSubset(g, 2, s); }
-bool HiddenPair(const Grid& g, Step& s) { return HiddenSubset(g, 2, s); }
-bool NakedTriple(const Grid& g, Step& s) { return NakedSubset(g, 3, s); }
-bool HiddenTriple(const Grid& g, Step& s) { return HiddenSubset(g, 3, s); }
-bool NakedQuad(const Grid& g, Step& s) { return NakedSubset(g, 4, s); }
-bool HiddenQuad(const Grid& g, Step& s) { return HiddenSubset(g, 4, s); }
-bool XWing(const Grid& g, Step& s) { return Fish(g, 2, s); }
-bool Swordfish(const Grid& g, Step& s) { return Fish(g, 3, s); }
+bool NakedPair(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 2, s, scope); }
+bool HiddenPair(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 2, s, scope); }
+bool NakedTriple(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 3, s, scope); }
+bool HiddenTriple(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 3, s, scope); }
+bool NakedQuad(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 4, s, scope); }
+bool HiddenQuad(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 4, s, scope); }
+bool XWing(const Grid& g, Step& s, const Scope& scope) { return Fish(g, 2, s, scope); }
+bool Swordfish(const Grid& g, Step& s, const Scope& scope) { return Fish(g, 3, s, scope); }
 
-using Technique = bool (*)(const Grid&, Step&, Memo&);
+using Technique = bool (*)(const Grid&, Step&, Memo&, const Scope&);
 
-// Rungs 1 to 5 need nothing remembered.
-template <bool (*Find)(const Grid&, Step&)>
-bool Easy(const Grid& g, Step& step, Memo&) {
-  return Find(g, step);
+// Most of rungs 1 to 5 need nothing remembered.
+template <bool (*Find)(const Grid&, Step&, const Scope&)>
+bool Easy(const Grid& g, Step& step, Memo&, const Scope& scope) {
+  return Find(g, step, scope);
+}
+
+// Rungs 6 and 7 look at the whole grid.
+template <bool (*Find)(const Grid&, Step&, Memo&)>
+bool Whole(const Grid& g, Step& step, Memo& memo, const Scope&) {
+  return Find(g, step, memo);
 }
 
 struct NamedTechnique {
@@ -992,22 +1057,22 @@ constexpr NamedTechnique kLadder[] = {{"Naked single", Easy<NakedSingle>},
                                       {"Hidden quad", Easy<HiddenQuad>},
                                       {"X-wing", Easy<XWing>},
                                       {"Swordfish", Easy<Swordfish>},
-                                      {"Forcing chain", ForcingChain},
-                                      {"Contradiction", ContradictionQuick},
-                                      {"Deep contradiction", ContradictionDeep}};
+                                      {"Forcing chain", Whole<ForcingChain>},
+                                      {"Contradiction", Whole<ContradictionQuick>},
+                                      {"Deep contradiction", Whole<ContradictionDeep>}};
 // Rungs 1 to 5 only, for testing an assumption deeply.
 constexpr std::size_t kBelowChains = 13;
 
-bool EasyStep(const Grid& g, Step& step, Memo& memo) {
+bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
   for (std::size_t t = 0; t < kBelowChains; ++t) {
-    if (kLadder[t].find(g, step, memo)) return true;
+    if (kLadder[t].find(g, step, memo, scope)) return true;
   }
   return false;
 }
 
 bool NextStep(const Grid& grid, Step& step, Memo& memo) {
   for (const NamedTechnique& technique : kLadder) {
-    if (technique.find(grid, step, memo)) return true;
+    if (technique.find(grid, step, memo, kWholeGrid)) return true;
   }
   return false;
 }
@@ -1017,7 +1082,7 @@ bool PropagateDeep(Grid& g, Trail& trail, int budget, Memo& memo) {
     if (!Propagate(g, trail)) return false;
     if (IsSolved(g)) return true;
     Step step;
-    if (!EasyStep(g, step, memo)) return true;
+    if (!EasyStep(g, step, memo, kWholeGrid)) return true;
     Apply(g, step);
     for (const auto& [cell, digit] : step.placed) trail.placed.emplace_back(cell, digit);
     if (IsBroken(g)) {
@@ -1120,7 +1185,7 @@ bool NextStep(const Grid& grid, Step& step) {
 bool TryTechnique(const Grid& grid, std::string_view name, Step& step) {
   Memo memo;
   for (const NamedTechnique& technique : kLadder) {
-    if (technique.name == name) return technique.find(grid, step, memo);
+    if (technique.name == name) return technique.find(grid, step, memo, kWholeGrid);
   }
   return false;
 }
