@@ -94,13 +94,38 @@ struct Scope {
     }
     return scope;
   }
+  // Adds a cell that lost or placed the digits.
+  void Add(int n, int c, DigitMask changed) {
+    cells[static_cast<std::size_t>(c >> 6)] |= std::uint64_t{1} << (c & 63);
+    lines |= 1u << (c / n) | 1u << (n + c % n);
+    digits |= changed;
+  }
+  void Add(const Scope& other) {
+    cells[0] |= other.cells[0];
+    cells[1] |= other.cells[1];
+    lines |= other.lines;
+    digits |= other.digits;
+  }
   bool Cell(int c) const { return (cells[static_cast<std::size_t>(c >> 6)] >> (c & 63) & 1u) != 0; }
+  // Calls f(c) for the cells below `count` in the scope, in order, until f says stop.
+  template <class F>
+  bool AnyCell(int count, F&& f) const {
+    for (std::size_t w = 0; w < cells.size(); ++w) {
+      for (std::uint64_t bits = cells[w]; bits != 0; bits &= bits - 1) {
+        const int c = static_cast<int>(w * 64) + std::countr_zero(bits);
+        if (c >= count) return false;
+        if (f(c)) return true;
+      }
+    }
+    return false;
+  }
   bool Line(int l) const { return (lines >> l & 1u) != 0; }
   bool Digit(int d) const { return (digits & masks::Bit(d)) != 0; }
   bool Touches(const Sign& s) const { return Cell(s.greater) || Cell(s.smaller); }
   bool Empty() const { return lines == 0; }
 };
 constexpr Scope kWholeGrid{};
+constexpr Scope kNothing{{}, 0, 0};
 
 // Places d at cell and strikes d from the open cells of its row and column.
 void PlaceWithPeers(const Grid& g, int cell, int d, Step& step) {
@@ -122,17 +147,16 @@ void PlaceWithPeers(const Grid& g, int cell, int d, Step& step) {
 // ---- Rung 1: singles --------------------------------------------------------------
 
 bool NakedSingle(const Grid& g, Step& step, const Scope& scope) {
-  for (int c = 0; c < Cells(g); ++c) {
+  return scope.AnyCell(Cells(g), [&](int c) {
     const DigitMask m = g.cand[static_cast<std::size_t>(c)];
-    if (g.placed[static_cast<std::size_t>(c)] || !Single(m) || !scope.Cell(c)) continue;
+    if (g.placed[static_cast<std::size_t>(c)] || !Single(m)) return false;
     const int d = DigitOf(m);
     step = {"Naked single", kSingles, {c}, {}, {}, ""};
     PlaceWithPeers(g, c, d, step);
     step.text = Capital(CellName(g.n, c)) + " can only be " + std::to_string(d) + ": place it, and " +
                 std::to_string(d) + " leaves the rest of its row and column.";
     return true;
-  }
-  return false;
+  });
 }
 
 bool HiddenSingle(const Grid& g, Step& step, const Scope& scope) {
@@ -236,18 +260,20 @@ Chains LongestChains(const Grid& g, bool down) {
 }
 
 class Memo;
+// Rungs 1 to 5 are the first techniques of the ladder.
+constexpr std::size_t kBelowChains = 13;
 // The grid's longest chains, worked out once for all its steps: signs never change.
 const Chains& ChainsOf(Memo& memo, const Grid& g, bool down);
 
 bool SignChain(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
   for (const bool down : {true, false}) {
     const Chains& chains = ChainsOf(memo, g, down);
-    for (int c = 0; c < Cells(g); ++c) {
+    const bool found = scope.AnyCell(Cells(g), [&](int c) {
       const int k = chains.length[static_cast<std::size_t>(c)];
-      if (g.placed[static_cast<std::size_t>(c)] || k < 3 || !scope.Cell(c)) continue;
+      if (g.placed[static_cast<std::size_t>(c)] || k < 3) return false;
       const DigitMask allowed = down ? masks::Range(k, g.n) : masks::Range(1, g.n - k + 1);
       const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & ~allowed);
-      if (gone == 0) continue;
+      if (gone == 0) return false;
       step = {"Sign chain", kSignBounds, {}, {}, {{c, gone}}, ""};
       std::vector<std::string> names;
       for (int at = c; at >= 0 && static_cast<int>(names.size()) < k; at = chains.next[static_cast<std::size_t>(at)]) {
@@ -260,7 +286,8 @@ bool SignChain(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
                   std::to_string(k) + " cells (" + chain + "), so it is at " + (down ? "least " : "most ") +
                   std::to_string(down ? k : g.n - k + 1) + ": it cannot be " + Digits(gone, "or") + ".";
       return true;
-    }
+    });
+    if (found) return true;
   }
   return false;
 }
@@ -856,6 +883,26 @@ class Memo {
     return true;
   }
 
+  // Where rung t of 1 to 5 must look on the grid: everywhere, or, when the grid is the
+  // one the last step left, only where steps changed it since the rung found nothing.
+  const Scope& Since(const Grid& g, std::size_t t) {
+    if (t == 0 && (!following_ || g.cand != after_ || g.placed != afterPlaced_)) since_.fill(kWholeGrid);
+    following_ = false;
+    return since_[t];
+  }
+  void FoundNothing(std::size_t t) { since_[t] = kNothing; }
+  // The step was applied, giving `after`; returns where it changed the grid.
+  Scope Applied(const Step& step, const Grid& after) {
+    Scope changed = kNothing;
+    for (const auto& [cell, digits] : step.removed) changed.Add(after.n, cell, digits);
+    for (const auto& [cell, digit] : step.placed) changed.Add(after.n, cell, masks::Bit(digit));
+    for (Scope& scope : since_) scope.Add(changed);
+    after_ = after.cand;
+    afterPlaced_ = after.placed;
+    following_ = true;
+    return changed;
+  }
+
   const Chains& ChainsFor(const Grid& g, bool down) {
     if (!chains_) chains_ = std::make_unique<std::array<Chains, 2>>(std::array{LongestChains(g, true), LongestChains(g, false)});
     return (*chains_)[down ? 0 : 1];
@@ -918,9 +965,48 @@ class Memo {
   Placed basePlaced_{};
   bool baseHolds_ = false;
   enum { Unknown, Yes, No } quiet_ = Unknown;
+  std::array<Scope, kBelowChains> since_{};
+  bool following_ = false;  // the grid is after_ unless a step was taken without Applied
+  Cand after_{};
+  Placed afterPlaced_{};
 };
 
 const Chains& ChainsOf(Memo& memo, const Grid& g, bool down) { return memo.ChainsFor(g, down); }
+
+bool AllPlaced(const Grid& g) {
+  for (int c = 0; c < Cells(g); ++c) {
+    if (!g.placed[static_cast<std::size_t>(c)]) return false;
+  }
+  return true;
+}
+
+// IsBroken on the lines and signs of the scope only.
+bool BrokenWithin(const Grid& g, const Scope& scope) {
+  const int n = g.n;
+  for (int l = 0; l < 2 * n; ++l) {
+    if (!scope.Line(l)) continue;
+    const Line cells = LineCells(n, l);
+    DigitMask seen = 0;
+    DigitMask placed = 0;
+    for (int i = 0; i < n; ++i) {
+      const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+      if (g.cand[c] == 0) return true;
+      if (g.placed[c]) {
+        if ((placed & g.cand[c]) != 0) return true;
+        placed |= g.cand[c];
+      }
+      seen |= g.cand[c];
+    }
+    if (seen != masks::Full(n)) return true;
+  }
+  for (const Sign& s : g.SignList()) {
+    if (scope.Touches(s) && masks::Highest(g.cand[static_cast<std::size_t>(s.greater)]) <=
+                                masks::Lowest(g.cand[static_cast<std::size_t>(s.smaller)])) {
+      return true;
+    }
+  }
+  return false;
+}
 
 // ---- Rung 6: forcing chains from a two-candidate cell ---------------------------------
 
@@ -1060,8 +1146,7 @@ constexpr NamedTechnique kLadder[] = {{"Naked single", Easy<NakedSingle>},
                                       {"Forcing chain", Whole<ForcingChain>},
                                       {"Contradiction", Whole<ContradictionQuick>},
                                       {"Deep contradiction", Whole<ContradictionDeep>}};
-// Rungs 1 to 5 only, for testing an assumption deeply.
-constexpr std::size_t kBelowChains = 13;
+static_assert(kLadder[kBelowChains].name == "Forcing chain");
 
 bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
   for (std::size_t t = 0; t < kBelowChains; ++t) {
@@ -1071,8 +1156,14 @@ bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
 }
 
 bool NextStep(const Grid& grid, Step& step, Memo& memo) {
-  for (const NamedTechnique& technique : kLadder) {
-    if (technique.find(grid, step, memo, kWholeGrid)) return true;
+  for (std::size_t t = 0; t < std::size(kLadder); ++t) {
+    if (t >= kBelowChains) {
+      if (kLadder[t].find(grid, step, memo, kWholeGrid)) return true;
+      continue;
+    }
+    const Scope& scope = memo.Since(grid, t);
+    if (!scope.Empty() && kLadder[t].find(grid, step, memo, scope)) return true;
+    memo.FoundNothing(t);
   }
   return false;
 }
@@ -1139,12 +1230,7 @@ void StoreGrid(const Grid& grid, PuzzleModel& model) {
   }
 }
 
-bool IsSolved(const Grid& grid) {
-  for (int c = 0; c < Cells(grid); ++c) {
-    if (!grid.placed[static_cast<std::size_t>(c)]) return false;
-  }
-  return !IsBroken(grid);
-}
+bool IsSolved(const Grid& grid) { return AllPlaced(grid) && !IsBroken(grid); }
 
 bool IsBroken(const Grid& grid) {
   const int n = grid.n;
@@ -1204,7 +1290,8 @@ Explanation Explain(const Grid& start, const ExplainOptions& options) {
   Explanation out;
   Grid grid = start;
   Memo memo;
-  while (!IsBroken(grid) && !IsSolved(grid) && static_cast<int>(out.steps.size()) < options.maxSteps) {
+  bool broken = IsBroken(grid);
+  while (!broken && !AllPlaced(grid) && static_cast<int>(out.steps.size()) < options.maxSteps) {
     if (options.cancel != nullptr && options.cancel->load(std::memory_order_relaxed)) {
       out.cancelled = true;
       break;
@@ -1212,6 +1299,8 @@ Explanation Explain(const Grid& start, const ExplainOptions& options) {
     Step step;
     if (!NextStep(grid, step, memo)) break;
     Apply(grid, step);
+    // A grid that held breaks only where the step changed it.
+    broken = BrokenWithin(grid, memo.Applied(step, grid));
     out.grade.level = std::max(out.grade.level, step.level);
     out.grade.score += RungWeight(step.level);
     out.steps.push_back(std::move(step));
