@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "commands/record_commands.h"
 #include "core/collection_file.h"
 #include "core/text_rules.h"
 
@@ -55,7 +56,7 @@ void AddPuzzleArgs(CLI::App& command, PuzzleArgs& args, bool withSets) {
   }
 }
 
-bool LoadPuzzle(PuzzleModel& model, HeadlessPort& port, const PuzzleArgs& args, std::string& error) {
+bool LoadFromArgs(PuzzleModel& model, HeadlessPort& port, const PuzzleArgs& args, std::string& error) {
   if (ReadPuzzle(model, port, args.file, args.ordinal).notFound) {
     error = ReadErrorMessage(args.ordinal, args.file);
     return false;
@@ -81,7 +82,7 @@ CLI::App* AddPuzzleCommand(CLI::App& app, CommandList& commands, const std::stri
     PuzzleModel model;
     HeadlessPort port;
     std::string error;
-    if (!LoadPuzzle(model, port, *args, error)) return Fail(output, error, {{"ordinal", args->ordinal}});
+    if (!LoadFromArgs(model, port, *args, error)) return Fail(output, error, {{"ordinal", args->ordinal}});
     return run(output, *args, model, port);
   });
   AddPuzzleArgs(*command, *args, withSets);

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "core/puzzle_model.h"
 
 namespace qm::cli {
@@ -54,7 +54,7 @@ struct UsageError {
 // Loads the puzzle as ReadPuzzle does and applies the --set edits. Returns false with
 // the system's read error message when the record cannot be read; throws UsageError
 // for a --set the loaded grid cannot take.
-bool LoadPuzzle(PuzzleModel& model, HeadlessPort& port, const PuzzleArgs& args, std::string& error);
+bool LoadFromArgs(PuzzleModel& model, HeadlessPort& port, const PuzzleArgs& args, std::string& error);
 
 // A command's work on a loaded puzzle.
 using PuzzleRun = std::function<int(Output&, const PuzzleArgs&, PuzzleModel&, HeadlessPort&)>;

@@ -109,11 +109,10 @@ int RunGrade(Output& output, const std::string& file, const std::string& rangeTe
   // Every core takes the next puzzle in turn; each worker reads with a model of its own.
   auto work = [&] {
     PuzzleModel model;
-    HeadlessPort port;
     for (std::size_t i = next++; i < graded.size(); i = next++) {
       Graded& g = graded[i];
       g.ordinal = range.first + static_cast<int>(i);
-      g.read = !ReadPuzzle(model, port, file, g.ordinal).notFound;
+      g.read = !LoadPuzzle(model, file, g.ordinal).notFound;
       if (g.read) g.result = reasoning::ExplainModel(model);
     }
   };

@@ -127,14 +127,6 @@ CellLook CellTextLook(std::string_view text) {
   return {std::string(t.substr(0, 5)) + "\n" + std::string(t.substr(5)), false, kCandidatePoints};
 }
 
-void ShowCellText(WindowPort& port, int k, std::string_view text) {
-  port.ShowCellText(k, std::string(Trim(text)));
-}
-
-void ShowAllPositions(const PuzzleModel& model, WindowPort& port) {
-  for (int k = 0; k <= model.LastPosition; ++k) ShowCellText(port, k, model.PosText[k]);
-}
-
 std::string CellCandidates(const PuzzleModel& model, int cell) {
   std::string s = model.PosText[cell].empty() ? model.AllDigits : model.PosText[cell];
   const int row = model.RowOf[cell];
@@ -160,7 +152,7 @@ std::string CellCandidates(const PuzzleModel& model, int cell) {
   return s;
 }
 
-int CheckSignEntry(const PuzzleModel& model, WindowPort& port, int p, char sign) {
+std::string SignEntryError(const PuzzleModel& model, int p, char sign) {
   const bool vertical = KindOf(model, p) == PositionKind::VerticalSign;
   const int before = vertical ? model.UpOf[p] : model.LeftOf[p];
   const int after = vertical ? model.DownOf[p] : model.RightOf[p];
@@ -191,9 +183,7 @@ int CheckSignEntry(const PuzzleModel& model, WindowPort& port, int p, char sign)
     default:
       error = "< error";
   }
-  if (accepted) return p;
-  port.SetStatusLine(error);
-  return -1;
+  return accepted ? std::string() : error;
 }
 
 std::string CheckCellEntry(const PuzzleModel& model, int cell) {

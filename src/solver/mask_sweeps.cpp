@@ -2,6 +2,8 @@
 
 #include <bit>
 
+#include "solver/technique_table.h"
+
 namespace qm {
 
 namespace {
@@ -51,7 +53,9 @@ bool Awake(MaskGrid& g, int line, std::uint8_t technique) {
   return true;
 }
 
-int RemoveSingles(MaskGrid& g) {
+}  // namespace
+
+int RemoveSinglesOnMasks(MaskGrid& g) {
   int changes = 0;
   bool fixedAny = true;
   while (fixedAny) {
@@ -83,7 +87,7 @@ int RemoveSingles(MaskGrid& g) {
   return changes;
 }
 
-int OrderPropagate(MaskGrid& g) {
+int OrderPropagateOnMasks(MaskGrid& g) {
   int changes = 0;
   for (int r = 0; r < g.relations; ++r) {
     const int gc = g.relation[static_cast<std::size_t>(r)][0];
@@ -112,7 +116,7 @@ int OrderPropagate(MaskGrid& g) {
   return changes;
 }
 
-int HiddenSingle(MaskGrid& g) {
+int HiddenSingleOnMasks(MaskGrid& g) {
   int changes = 0;
   const Mask digits = static_cast<Mask>(Bit(g.n + 1) - 2);
   for (int line = 0; line < 2 * g.n; ++line) {
@@ -145,6 +149,8 @@ int HiddenSingle(MaskGrid& g) {
 
 // For ascending digit strings of one length, the string order: the one holding the
 // lowest digit where they differ comes first.
+namespace {
+
 bool Before(Mask a, Mask b) { return a != b && (a & (a ^ b) & -(a ^ b)) != 0; }
 
 int NakedSet(MaskGrid& g, int size, std::uint8_t technique) {
@@ -244,21 +250,18 @@ void StoreMaskGrid(const MaskGrid& grid, PuzzleModel& model) {
   }
 }
 
+int NakedPairOnMasks(MaskGrid& grid) { return NakedSet(grid, 2, kPairLine); }
+int NakedTripleOnMasks(MaskGrid& grid) { return NakedSet(grid, 3, kTripleLine); }
+int NakedQuadOnMasks(MaskGrid& grid) { return NakedSet(grid, 4, kQuadLine); }
+
 int MaskSweep(MaskGrid& grid, std::array<int, kTechniqueCount>& changes) {
-  const auto at = [](Technique t) { return static_cast<std::size_t>(t); };
-  const int before = changes[at(Technique::RemoveSingles)] + changes[at(Technique::OrderPropagate)] +
-                     changes[at(Technique::HiddenSingle)] + changes[at(Technique::NakedPair)] +
-                     changes[at(Technique::NakedTriple)] + changes[at(Technique::NakedQuad)];
-  changes[at(Technique::RemoveSingles)] += RemoveSingles(grid);
-  changes[at(Technique::OrderPropagate)] += OrderPropagate(grid);
-  changes[at(Technique::HiddenSingle)] += HiddenSingle(grid);
-  changes[at(Technique::NakedPair)] += NakedSet(grid, 2, kPairLine);
-  changes[at(Technique::NakedTriple)] += NakedSet(grid, 3, kTripleLine);
-  changes[at(Technique::NakedQuad)] += NakedSet(grid, 4, kQuadLine);
-  const int after = changes[at(Technique::RemoveSingles)] + changes[at(Technique::OrderPropagate)] +
-                    changes[at(Technique::HiddenSingle)] + changes[at(Technique::NakedPair)] +
-                    changes[at(Technique::NakedTriple)] + changes[at(Technique::NakedQuad)];
-  return after - before;
+  int total = 0;
+  for (const SweepTechnique& technique : kSweepOrder) {
+    const int found = technique.onMasks(grid);
+    changes[static_cast<std::size_t>(technique.quiet)] += found;
+    total += found;
+  }
+  return total;
 }
 
 }  // namespace qm

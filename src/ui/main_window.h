@@ -7,6 +7,7 @@
 #include <functional>
 #include <vector>
 
+#include "commands/run_control.h"
 #include "core/puzzle_model.h"
 #include "core/window_port.h"
 #include "generator/create_puzzle.h"
@@ -59,6 +60,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   void SetPrintToPdf(bool pdf) { printToPdf_ = pdf; }
 
   PuzzleModel& Model() { return model_; }
+  RunControl& Run() { return run_; }
   const ColourTable& Colours() const { return colours_; }
   GridWidget* Grid() const { return grid_; }
   CoachController* Coach() const { return coach_; }
@@ -78,11 +80,12 @@ class MainWindow : public QMainWindow, public WindowPort {
   std::string ProgressLine() const override;
   void SetBusy(bool busy) override;
   void ProcessEvents() override;
-  void WaitForEvents() override;
+  bool WaitForEvents() override;
   void SetPacingTimer(bool enabled, int intervalMs) override;
   void ShowPosition(int k) override;
   void ShowCellText(int k, const std::string& text) override;
   void ShowStep(const SolveStep& step) override;
+  void EndStep(const SolveStep& step) override;
   void ColourPosition(int k, CellColour colour) override;
   CellColour ColourOf(int k) const override;
   void RedrawGrid() override;
@@ -116,8 +119,10 @@ class MainWindow : public QMainWindow, public WindowPort {
   void PrintFromFile();
   void RunPrint(const std::vector<PrintItem>& items, int perPage);
   void OpenFromView(int n);
+  std::vector<int> StepLine(const SolveStep& step) const;
 
   PuzzleModel model_;
+  RunControl run_;
   ColourTable colours_;
   GridWidget* grid_ = nullptr;
   CoachController* coach_ = nullptr;

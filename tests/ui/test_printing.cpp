@@ -135,7 +135,7 @@ class PrintingTest : public QObject {
     window_->findChild<QAction*>("mnuprintfile")->trigger();
     QCOMPARE(previews_, 0);
     QVERIFY(!std::filesystem::exists(pdf_.toStdString()));
-    QCOMPARE(window_->Model().CancelRequest, qm::kNo);
+    QCOMPARE(window_->Run().CancelRequest, qm::kNo);
   }
 
   void theFileLayoutStartsTheSolutionsOnANewPage() {
