@@ -80,4 +80,11 @@ Json IntsJson(const PuzzleModel& model, const PerPosition<int>& values);
 std::vector<std::string> DrawPuzzle(const PuzzleModel& model);
 std::vector<std::string> DrawGrid(const PuzzleModel& model, const PerPosition<std::string>& texts);
 
+// A --range of puzzles: "A-B" or one number, 1 <= A <= B; throws UsageError otherwise.
+struct Range {
+  int first = 1;
+  int last = 0;  // 0: to the end of the file
+};
+Range ParseRange(const std::string& text);
+
 }  // namespace qm::cli

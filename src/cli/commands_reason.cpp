@@ -71,30 +71,6 @@ int RunExplain(Output& output, PuzzleModel& model) {
   return kExitOk;
 }
 
-struct Range {
-  int first = 1;
-  int last = 0;  // 0: to the end of the file
-};
-
-Range ParseRange(const std::string& text) {
-  Range range;
-  if (text.empty()) return range;
-  const auto dash = text.find('-');
-  auto number = [&](std::string_view part) {
-    int value = 0;
-    const auto [end, error] = std::from_chars(part.data(), part.data() + part.size(), value);
-    if (error != std::errc{} || end != part.data() + part.size() || value < 1) {
-      throw UsageError{"--range must be A-B with 1 <= A <= B, got " + text};
-    }
-    return value;
-  };
-  const std::string_view all(text);
-  range.first = number(dash == std::string::npos ? all : all.substr(0, dash));
-  range.last = dash == std::string::npos ? range.first : number(all.substr(dash + 1));
-  if (range.last < range.first) throw UsageError{"--range must be A-B with 1 <= A <= B, got " + text};
-  return range;
-}
-
 struct Graded {
   int ordinal = 0;
   bool read = false;

@@ -161,28 +161,13 @@ std::string SignEntryError(const PuzzleModel& model, int p, char sign) {
   const int n = model.GridSize;
   // Both directions share the extreme-digit tests, and ">" reports "< error" as well.
   const bool extremesFine = a != n && b != 1;
-  bool accepted = false;
-  std::string error;
-  switch (sign) {
-    case '<':
-      accepted = extremesFine && (a == 0 || a <= b);
-      error = "< error";
-      break;
-    case '>':
-      accepted = extremesFine && (b == 0 || b <= a);
-      error = "< error";
-      break;
-    case '^':
-      accepted = extremesFine && (a == 0 || a <= b);
-      error = "^ error";
-      break;
-    case 'v':
-      accepted = extremesFine && (b == 0 || b <= a);
-      error = "v error";
-      break;
-    default:
-      error = "< error";
-  }
+  // "<" and "^" want the digit before at most the one after; ">" and "v" the other way.
+  const bool ascending = sign == '<' || sign == '^';
+  const bool known = ascending || sign == '>' || sign == 'v';
+  const int low = ascending ? a : b;
+  const int high = ascending ? b : a;
+  const bool accepted = known && extremesFine && (low == 0 || low <= high);
+  const std::string error = sign == '^' ? "^ error" : sign == 'v' ? "v error" : "< error";
   return accepted ? std::string() : error;
 }
 

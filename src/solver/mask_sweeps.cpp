@@ -1,5 +1,6 @@
 #include "solver/mask_sweeps.h"
 
+#include <array>
 #include <bit>
 
 #include "solver/technique_table.h"
@@ -53,6 +54,19 @@ bool Awake(MaskGrid& g, int line, std::uint8_t technique) {
   return true;
 }
 
+// Visits every line the technique may find something in, with its cells' masks: `visit`
+// is handed the line, its cells and their masks as they were when the visit began.
+template <class Visit>
+void ForEachAwakeLine(MaskGrid& g, std::uint8_t technique, Visit&& visit) {
+  for (int line = 0; line < 2 * g.n; ++line) {
+    if (!Awake(g, line, technique)) continue;
+    const auto& cells = g.line[static_cast<std::size_t>(line)];
+    std::array<Mask, kMaxGridSize> masks{};
+    for (int i = 0; i < g.n; ++i) masks[static_cast<std::size_t>(i)] = g.cell[cells[static_cast<std::size_t>(i)]];
+    visit(line, cells, masks);
+  }
+}
+
 }  // namespace
 
 int RemoveSinglesOnMasks(MaskGrid& g) {
@@ -60,15 +74,12 @@ int RemoveSinglesOnMasks(MaskGrid& g) {
   bool fixedAny = true;
   while (fixedAny) {
     fixedAny = false;
-    for (int line = 0; line < 2 * g.n; ++line) {
-      if (!Awake(g, line, kSinglesLine)) continue;
-      const auto& cells = g.line[static_cast<std::size_t>(line)];
+    ForEachAwakeLine(g, kSinglesLine, [&](int line, const auto& cells, const auto& masks) {
       Mask singles = 0;
       for (int i = 0; i < g.n; ++i) {
-        const Mask m = g.cell[cells[static_cast<std::size_t>(i)]];
-        if (Fixed(m)) singles |= m;
+        if (Fixed(masks[static_cast<std::size_t>(i)])) singles |= masks[static_cast<std::size_t>(i)];
       }
-      if (singles == 0) continue;
+      if (singles == 0) return;
       bool fixedHere = false;
       for (int i = 0; i < g.n; ++i) {
         const int c = cells[static_cast<std::size_t>(i)];
@@ -82,7 +93,7 @@ int RemoveSinglesOnMasks(MaskGrid& g) {
       // Without a new single the line is clean: every other cell lost the singles.
       if (!fixedHere) Asleep(g, line, kSinglesLine);
       fixedAny = fixedAny || fixedHere;
-    }
+    });
   }
   return changes;
 }
@@ -119,18 +130,16 @@ int OrderPropagateOnMasks(MaskGrid& g) {
 int HiddenSingleOnMasks(MaskGrid& g) {
   int changes = 0;
   const Mask digits = static_cast<Mask>(Bit(g.n + 1) - 2);
-  for (int line = 0; line < 2 * g.n; ++line) {
-    if (!Awake(g, line, kHiddenLine)) continue;
-    const auto& cells = g.line[static_cast<std::size_t>(line)];
+  ForEachAwakeLine(g, kHiddenLine, [&](int, const auto& cells, const auto& masks) {
     Mask once = 0;
     Mask more = 0;
     for (int i = 0; i < g.n; ++i) {
-      const Mask m = g.cell[cells[static_cast<std::size_t>(i)]];
+      const Mask m = masks[static_cast<std::size_t>(i)];
       more |= once & m;
       once |= m;
     }
     const Mask unique = static_cast<Mask>(once & ~more & digits);
-    if (unique == 0) continue;
+    if (unique == 0) return;
     // Each unique digit has one cell; where a cell holds several, the lowest digit,
     // taken first, wins.
     for (int i = 0; i < g.n; ++i) {
@@ -143,7 +152,7 @@ int HiddenSingleOnMasks(MaskGrid& g) {
       Set(g, c, lowest);
       ++changes;
     }
-  }
+  });
   return changes;
 }
 
@@ -155,13 +164,11 @@ bool Before(Mask a, Mask b) { return a != b && (a & (a ^ b) & -(a ^ b)) != 0; }
 
 int NakedSet(MaskGrid& g, int size, std::uint8_t technique) {
   int changes = 0;
-  for (int line = 0; line < 2 * g.n; ++line) {
-    if (!Awake(g, line, technique)) continue;
-    const auto& cells = g.line[static_cast<std::size_t>(line)];
+  ForEachAwakeLine(g, technique, [&](int line, const auto& cells, const auto& masks) {
     Mask first = 0;
     int count = 0;
     for (int i = 0; i < g.n; ++i) {
-      const Mask m = g.cell[cells[static_cast<std::size_t>(i)]];
+      const Mask m = masks[static_cast<std::size_t>(i)];
       if (Count(m) != size) continue;
       if (count == 0 || Before(m, first)) {
         first = m;
@@ -171,7 +178,7 @@ int NakedSet(MaskGrid& g, int size, std::uint8_t technique) {
       }
     }
     // The first set in string order must occur exactly `size` times.
-    if (count != size) continue;
+    if (count != size) return;
     for (int i = 0; i < g.n; ++i) {
       const int c = cells[static_cast<std::size_t>(i)];
       const Mask m = g.cell[static_cast<std::size_t>(c)];
@@ -181,7 +188,7 @@ int NakedSet(MaskGrid& g, int size, std::uint8_t technique) {
     }
     // The set still sorts first and has nothing left to take here.
     Asleep(g, line, technique);
-  }
+  });
   return changes;
 }
 

@@ -607,9 +607,13 @@ void MainWindow::ShowHelp() {
 
 void MainWindow::PrintCurrent() {
   if (model_.SolverBusy) return;
-  // The puzzle in the upper half of the page, its solution below.
+  // The puzzle on its page and, when wanted, its solution on the next one.
   const PrintedPuzzle puzzle = TakePuzzle(model_, model_.CurrentPuzzle);
-  RunPrint({{&puzzle, false}, {&puzzle, true}}, 2);
+  render::BookOptions options;
+  options.title = PrintTitle();
+  options.answersOnOwnPage = true;
+  options.answers = AskYesNo("Print the solution on the next page?");
+  RunPrint(render::PlanBook({puzzle}, options), options);
 }
 
 void MainWindow::PrintFromFile() {
@@ -625,34 +629,32 @@ void MainWindow::PrintFromFile() {
   std::vector<PrintedPuzzle> puzzles;
   LockInput(true);
   const bool read = ReadPrintRange(model_, run_, range.First(), range.Last(), [&](const PuzzleModel& scratch, int n) {
-    puzzles.push_back(TakePuzzle(scratch, n));
+    puzzles.push_back(TakePuzzle(scratch, n, range.Grades()));
   });
   LockInput(false);
   if (!read) return;
-  RunPrint(FileLayout(puzzles, range.PerPage()), range.PerPage());
+  render::BookOptions options;
+  options.title = PrintTitle();
+  options.perPage = range.PerPage();
+  options.answersPerPage = range.AnswersPerPage();
+  options.answers = range.Answers();
+  RunPrint(render::PlanBook(puzzles, options), options);
 }
 
-void MainWindow::RunPrint(const std::vector<PrintItem>& items, int perPage) {
-  QPrinter printer(QPrinter::HighResolution);
-  std::string pdf;
-  if (printToPdf_ || QPrinterInfo::availablePrinters().isEmpty()) {
-    // Without a printer the pages go to a PDF file.
-    pdf = ChooseFileKeepingDirectory(
-        *this, {"Quillmere", "*.pdf", "PDF Files", ApplicationDirectoryOf(model_), ChooserMode::Save});
-    if (pdf.empty() || !ConfirmOverwrite(*this, pdf)) return;
-    printer.setOutputFormat(QPrinter::PdfFormat);
-    printer.setOutputFileName(QString::fromStdString(pdf));
-  }
+QString MainWindow::PrintTitle() const {
+  const std::string& file = model_.CurrentFile;
+  const auto slash = file.find_last_of('/');
+  return QString::fromStdString(slash == std::string::npos ? file : file.substr(slash + 1));
+}
+
+void MainWindow::RunPrint(const std::vector<render::Page>& pages, const render::BookOptions& options) {
+  const ModalRunner modal = [this](QDialog& dialog) { return RunModal(dialog); };
   run_.CancelRequest = kNo;
-  QPrintPreviewDialog preview(&printer, this);
-  preview.setObjectName("frmprintpreview");
-  connect(&preview, &QPrintPreviewDialog::paintRequested, this, [&](QPrinter* target) {
-    SetBusy(true);
-    const bool printed = PrintPuzzles(*target, items, perPage);
-    SetBusy(false);
-    if (!printed && target->outputFormat() == QPrinter::PdfFormat) ShowMessage(WriteErrorMessage(pdf));
-  });
-  RunModal(preview);
+  if (printToPdf_ || QPrinterInfo::availablePrinters().isEmpty()) {
+    PrintToFile(model_, *this, modal, this, pages, options);
+  } else {
+    PrintWithPreview(model_, *this, modal, this, pages, options);
+  }
   run_.CancelRequest = kNo;
 }
 

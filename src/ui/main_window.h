@@ -24,12 +24,16 @@ class QPushButton;
 class QTimer;
 class QToolButton;
 
+namespace qm::render {
+struct Page;
+struct BookOptions;
+}  // namespace qm::render
+
 namespace qm::ui {
 
 class CoachController;
 class GridWidget;
 class ViewAllWindow;
-struct PrintItem;
 
 class MainWindow : public QMainWindow, public WindowPort {
   Q_OBJECT
@@ -117,7 +121,8 @@ class MainWindow : public QMainWindow, public WindowPort {
   void ShowHelp();
   void PrintCurrent();
   void PrintFromFile();
-  void RunPrint(const std::vector<PrintItem>& items, int perPage);
+  void RunPrint(const std::vector<render::Page>& pages, const render::BookOptions& options);
+  QString PrintTitle() const;
   void OpenFromView(int n);
   std::vector<int> StepLine(const SolveStep& step) const;
 
