@@ -306,7 +306,7 @@ std::string CoachController::HintKey() const {
 }
 
 void CoachController::NextStep() {
-  if (model_.SolverBusy || run_.StepMode != 0) return;
+  if (model_.SolverBusy || run_.StepMode) return;
   const std::string key = HintKey();
   if (hintLevel_ == 0 || key != hintKey_) {
     const SolutionPath path = FindSolutionPath(PathStart(model_, &state_));
@@ -377,7 +377,7 @@ void CoachController::RecomputePath() {
 }
 
 bool CoachController::eventFilter(QObject* watched, QEvent* event) {
-  if ((event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride) && run_.StepMode != 0) {
+  if ((event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride) && run_.StepMode) {
     const auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier) {
       if (event->type() == QEvent::KeyPress) run_.Continue();

@@ -49,26 +49,26 @@ TEST_F(Driver, SolvedStalledAndBrokenGrids) {
   outcome = SolveByLogic(model, run);
   EXPECT_EQ(outcome.status, -1);
   EXPECT_EQ(outcome.message.rfind("ERROR:", 0), 0u) << outcome.message;
-  EXPECT_EQ(run.StepMode, 0);
+  EXPECT_FALSE(run.StepMode);
 }
 
 TEST_F(Driver, CancelRequestReturnsAtOnceAndTouchesNothing) {
   LoadSample();
   PrepareCandidates(model);
   const std::string before = SaveCandidates(model);
-  run.CancelRequest = kYes;
+  run.CancelRequest = true;
   const SolveOutcome outcome = SolveByLogic(model, run);
   EXPECT_EQ(outcome.status, -1);
   EXPECT_EQ(outcome.message, "Canceled");
   EXPECT_EQ(SaveCandidates(model), before);
   EXPECT_EQ(port.processEventsCalls, 0);
-  EXPECT_EQ(run.CancelRequest, kYes);  // the solver never clears it
+  EXPECT_TRUE(run.CancelRequest);  // the solver never clears it
 }
 
 TEST_F(Driver, CancelDuringASweepStopsAtTheNextOne) {
   LoadSample();
   PrepareCandidates(model);
-  port.onProcessEvents = [&] { run.CancelRequest = kYes; };
+  port.onProcessEvents = [&] { run.CancelRequest = true; };
   const SolveOutcome outcome = SolveByLogic(model, run);
   EXPECT_EQ(outcome.message, "Canceled");
   EXPECT_EQ(outcome.sweeps, 1);  // the sweep in progress finished
@@ -78,7 +78,7 @@ TEST_F(Driver, QuietAndExplainedSolvesReachTheSameGrid) {
   for (bool explained : {false, true}) {
     LoadSample();
     PrepareCandidates(model);
-    run.StepMode = explained ? -1 : 0;
+    run.StepMode = explained;
     const SolveOutcome outcome = SolveByLogic(model, run);
     EXPECT_EQ(outcome.status, 99);
     EXPECT_EQ(SaveCandidates(model), "1,2,3,4,3,4,1,2,4,1,2,3,2,3,4,1,");
