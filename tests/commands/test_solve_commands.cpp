@@ -2,30 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include "commands/headless_port.h"
-#include "commands/record_commands.h"
 #include "core/rule_checks.h"
 #include "solver/candidates.h"
-#include "support/test_files.h"
-#include "support/test_grids.h"
+#include "support/sample_solve.h"
 
 namespace qm {
 namespace {
 
 using test::Grid;
 
-class AutoSolveCommand : public ::testing::Test {
- protected:
-  void LoadSample() {
-    const std::string path = dir.File("sample.fut");
-    test::WriteBytes(path, test::CrLf(test::SampleRecord()));
-    ASSERT_FALSE(ReadPuzzle(model, port, path, 1).notFound);
-  }
-  test::TempDir dir;
-  PuzzleModel model;
-  HeadlessPort port;
-  RunControl run{model, port};
-};
+class AutoSolveCommand : public test::SampleSolve {};
 
 TEST_F(AutoSolveCommand, AutoSolveKeepsASolutionAndReportsDone) {
   LoadSample();
