@@ -159,11 +159,19 @@ bool NakedSingle(const Grid& g, Step& step, const Scope& scope) {
   });
 }
 
+// Whether `found(l, cells)` holds for some line of the scope, trying them in order and
+// stopping at the first.
+template <class Found>
+bool AnyLineInScope(int n, const Scope& scope, Found&& found) {
+  for (int l = 0; l < 2 * n; ++l) {
+    if (scope.Line(l) && found(l, LineCells(n, l))) return true;
+  }
+  return false;
+}
+
 bool HiddenSingle(const Grid& g, Step& step, const Scope& scope) {
   const int n = g.n;
-  for (int l = 0; l < 2 * n; ++l) {
-    if (!scope.Line(l)) continue;
-    const Line cells = LineCells(n, l);
+  return AnyLineInScope(n, scope, [&](int l, const Line& cells) {
     DigitMask seen = 0;
     DigitMask twice = 0;
     DigitMask placed = 0;
@@ -174,7 +182,7 @@ bool HiddenSingle(const Grid& g, Step& step, const Scope& scope) {
       if (g.placed[c]) placed |= g.cand[c];
     }
     const DigitMask single = static_cast<DigitMask>(seen & ~twice & ~placed);
-    if (single == 0) continue;
+    if (single == 0) return false;
     const int d = masks::Lowest(single);
     int place = -1;
     for (int i = 0; i < n && place < 0; ++i) {
@@ -187,8 +195,7 @@ bool HiddenSingle(const Grid& g, Step& step, const Scope& scope) {
     step.text = "In " + LineName(n, l) + ", " + std::to_string(d) + " fits only in " + CrossName(n, l, place) +
                 ": place it at " + CellName(n, place) + ".";
     return true;
-  }
-  return false;
+  });
 }
 
 // ---- Rung 2: a sign beside a placed digit ------------------------------------------
@@ -204,24 +211,19 @@ std::string Where(int n, int from, int to) {
 bool SignBesideDigit(const Grid& g, Step& step, const Scope& scope) {
   for (const Sign& s : g.SignList()) {
     if (!scope.Touches(s)) continue;
-    const auto gi = static_cast<std::size_t>(s.greater);
-    const auto si = static_cast<std::size_t>(s.smaller);
-    if (g.placed[si] && !g.placed[gi]) {
-      const int d = DigitOf(g.cand[si]);
-      const DigitMask gone = static_cast<DigitMask>(g.cand[gi] & ~masks::Above(d));
+    // One side placed, the other open: the open side is above a placed smaller digit,
+    // or below a placed greater one.
+    for (const bool openIsGreater : {true, false}) {
+      const int open = openIsGreater ? s.greater : s.smaller;
+      const int placed = openIsGreater ? s.smaller : s.greater;
+      if (!g.placed[static_cast<std::size_t>(placed)] || g.placed[static_cast<std::size_t>(open)]) continue;
+      const int d = DigitOf(g.cand[static_cast<std::size_t>(placed)]);
+      const DigitMask allowed = openIsGreater ? masks::Above(d) : masks::Below(d);
+      const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(open)] & ~allowed);
       if (gone == 0) continue;
-      step = {"Sign beside a digit", kSignDigit, {s.greater, s.smaller}, {}, {{s.greater, gone}}, ""};
-      step.text = Capital(CellName(g.n, s.greater)) + " must be greater than the " + std::to_string(d) + " " +
-                  Where(g.n, s.greater, s.smaller) + ": it cannot be " + Digits(gone, "or") + ".";
-      return true;
-    }
-    if (g.placed[gi] && !g.placed[si]) {
-      const int d = DigitOf(g.cand[gi]);
-      const DigitMask gone = static_cast<DigitMask>(g.cand[si] & ~masks::Below(d));
-      if (gone == 0) continue;
-      step = {"Sign beside a digit", kSignDigit, {s.smaller, s.greater}, {}, {{s.smaller, gone}}, ""};
-      step.text = Capital(CellName(g.n, s.smaller)) + " must be less than the " + std::to_string(d) + " " +
-                  Where(g.n, s.smaller, s.greater) + ": it cannot be " + Digits(gone, "or") + ".";
+      step = {"Sign beside a digit", kSignDigit, {open, placed}, {}, {{open, gone}}, ""};
+      step.text = Capital(CellName(g.n, open)) + " must be " + (openIsGreater ? "greater" : "less") + " than the " +
+                  std::to_string(d) + " " + Where(g.n, open, placed) + ": it cannot be " + Digits(gone, "or") + ".";
       return true;
     }
   }
@@ -381,9 +383,7 @@ Places PlacesOf(const Grid& g) {
 
 bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
   const int n = g.n;
-  for (int l = 0; l < 2 * n; ++l) {
-    if (!scope.Line(l)) continue;
-    const Line line = LineCells(n, l);
+  return AnyLineInScope(n, scope, [&](int l, const Line& line) {
     std::array<int, kMaxGridSize> open{};
     std::array<unsigned, kMaxGridSize> cand{};
     int count = 0;
@@ -393,7 +393,7 @@ bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
       open[static_cast<std::size_t>(count)] = c;
       cand[static_cast<std::size_t>(count++)] = g.cand[static_cast<std::size_t>(c)];
     }
-    const bool found = ForEachSmallUnion(cand.data(), count, k, [&](unsigned set, unsigned together) {
+    return ForEachSmallUnion(cand.data(), count, k, [&](unsigned set, unsigned together) {
       if (Ones(together) != k) return false;
       const auto digits = static_cast<DigitMask>(together);
       bool strikes = false;
@@ -419,21 +419,17 @@ bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
                   " can hold " + (k == 2 ? "either" : "any of them") + ".";
       return true;
     });
-    if (found) return true;
-  }
-  return false;
+  });
 }
 
 bool HiddenSubset(const Grid& g, int k, Step& step, const Scope& scope) {
   const int n = g.n;
   if (scope.Empty()) return false;
   const Places where = PlacesOf(g);
-  for (int l = 0; l < 2 * n; ++l) {
-    if (!scope.Line(l)) continue;
-    const Line line = LineCells(n, l);
+  return AnyLineInScope(n, scope, [&](int l, const Line& line) {
     const auto li = static_cast<std::size_t>(l);
     const DigitMask placedDigits = where.placed[li];
-    if (where.open[li] <= k) continue;
+    if (where.open[li] <= k) return false;
     // Where each open digit may go: never a placed cell, which holds a placed digit.
     std::array<int, kMaxGridSize> digits{};
     std::array<unsigned, kMaxGridSize> spots{};
@@ -443,7 +439,7 @@ bool HiddenSubset(const Grid& g, int k, Step& step, const Scope& scope) {
       digits[static_cast<std::size_t>(digitCount)] = d;
       spots[static_cast<std::size_t>(digitCount++)] = where.at[li][static_cast<std::size_t>(d)];
     }
-    const bool found = ForEachSmallUnion(spots.data(), digitCount, k, [&](unsigned set, unsigned cover) {
+    return ForEachSmallUnion(spots.data(), digitCount, k, [&](unsigned set, unsigned cover) {
       if (Ones(cover) != k) return false;
       DigitMask chosen = 0;
       for (int i = 0; i < digitCount; ++i) {
@@ -470,9 +466,7 @@ bool HiddenSubset(const Grid& g, int k, Step& step, const Scope& scope) {
                   List(names) + ": those cells hold nothing else.";
       return true;
     });
-    if (found) return true;
-  }
-  return false;
+  });
 }
 
 // ---- Rung 5: one digit across rows or columns -----------------------------------------
@@ -983,9 +977,7 @@ bool AllPlaced(const Grid& g) {
 // IsBroken on the lines and signs of the scope only.
 bool BrokenWithin(const Grid& g, const Scope& scope) {
   const int n = g.n;
-  for (int l = 0; l < 2 * n; ++l) {
-    if (!scope.Line(l)) continue;
-    const Line cells = LineCells(n, l);
+  const bool lineBroken = AnyLineInScope(n, scope, [&](int, const Line& cells) {
     DigitMask seen = 0;
     DigitMask placed = 0;
     for (int i = 0; i < n; ++i) {
@@ -997,8 +989,9 @@ bool BrokenWithin(const Grid& g, const Scope& scope) {
       }
       seen |= g.cand[c];
     }
-    if (seen != masks::Full(n)) return true;
-  }
+    return seen != masks::Full(n);
+  });
+  if (lineBroken) return true;
   for (const Sign& s : g.SignList()) {
     if (scope.Touches(s) && masks::Highest(g.cand[static_cast<std::size_t>(s.greater)]) <=
                                 masks::Lowest(g.cand[static_cast<std::size_t>(s.smaller)])) {
