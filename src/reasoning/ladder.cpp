@@ -159,6 +159,29 @@ bool NakedSingle(const Grid& g, Step& step, const Scope& scope) {
   });
 }
 
+// What the cells of a line hold: the digits seen, seen in two cells or more, placed, and
+// placed in two cells.
+struct LineDigits {
+  DigitMask seen = 0;
+  DigitMask twice = 0;
+  DigitMask placed = 0;
+  DigitMask placedTwice = 0;
+};
+
+LineDigits DigestLine(const Grid& g, const Line& cells) {
+  LineDigits line;
+  for (int i = 0; i < g.n; ++i) {
+    const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+    line.twice |= line.seen & g.cand[c];
+    line.seen |= g.cand[c];
+    if (g.placed[c]) {
+      line.placedTwice |= line.placed & g.cand[c];
+      line.placed |= g.cand[c];
+    }
+  }
+  return line;
+}
+
 // Whether `found(l, cells)` holds for some line of the scope, trying them in order and
 // stopping at the first.
 template <class Found>
@@ -172,16 +195,8 @@ bool AnyLineInScope(int n, const Scope& scope, Found&& found) {
 bool HiddenSingle(const Grid& g, Step& step, const Scope& scope) {
   const int n = g.n;
   return AnyLineInScope(n, scope, [&](int l, const Line& cells) {
-    DigitMask seen = 0;
-    DigitMask twice = 0;
-    DigitMask placed = 0;
-    for (int i = 0; i < n; ++i) {
-      const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
-      twice |= seen & g.cand[c];
-      seen |= g.cand[c];
-      if (g.placed[c]) placed |= g.cand[c];
-    }
-    const DigitMask single = static_cast<DigitMask>(seen & ~twice & ~placed);
+    const LineDigits line = DigestLine(g, cells);
+    const DigitMask single = static_cast<DigitMask>(line.seen & ~line.twice & ~line.placed);
     if (single == 0) return false;
     const int d = masks::Lowest(single);
     int place = -1;
@@ -575,20 +590,8 @@ bool Propagate(Grid& g, Trail& trail) {
     }
     for (int l = 0; l < 2 * n; ++l) {
       const Line cells = LineCells(n, l);
-      // One pass: the digits seen, seen twice, and placed (twice is a contradiction).
-      DigitMask seen = 0;
-      DigitMask twice = 0;
-      DigitMask placed = 0;
-      DigitMask placedTwice = 0;
-      for (int i = 0; i < n; ++i) {
-        const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
-        twice |= seen & g.cand[c];
-        seen |= g.cand[c];
-        if (g.placed[c]) {
-          placedTwice |= placed & g.cand[c];
-          placed |= g.cand[c];
-        }
-      }
+      // Placed twice is a contradiction.
+      const auto [seen, twice, placed, placedTwice] = DigestLine(g, cells);
       if (seen != full) {
         trail.contradiction = LineName(n, l) + " would have no place for " + std::to_string(DigitOf(full & ~seen));
         return false;
