@@ -6,6 +6,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,22 @@ using CommandList = std::vector<std::pair<CLI::App*, CommandRun>>;
 CLI::App* AddCommand(CLI::App& app, CommandList& commands,
                      const std::string& name, const std::string& description, bool& json,
                      CommandRun run);
+
+// A subcommand whose options fill an arguments struct of its own, which `run` is handed
+// once the command line is parsed.
+template <class Args>
+struct ArgsCommand {
+  CLI::App* command;
+  std::shared_ptr<Args> args;
+};
+template <class Args>
+ArgsCommand<Args> AddArgsCommand(CLI::App& app, CommandList& commands, const std::string& name,
+                                 const std::string& description, bool& json, int (*run)(Output&, const Args&)) {
+  auto args = std::make_shared<Args>();
+  CLI::App* command = AddCommand(app, commands, name, description, json,
+                                 [args, run](Output& output) { return run(output, *args); });
+  return {command, args};
+}
 
 struct PuzzleArgs {
   std::string file;

@@ -216,10 +216,9 @@ int RunCreate(Output& output, const CreateArgs& args) {
 }  // namespace
 
 void RegisterCreateCommands(CLI::App& app, CommandList& commands, bool& json) {
-  auto args = std::make_shared<CreateArgs>();
-  CLI::App* create = AddCommand(app, commands, "create",
-                                "Create puzzles and append them to a collection file, as Multiple Puzzles does",
-                                json, [args](Output& output) { return RunCreate(output, *args); });
+  const auto [create, args] = AddArgsCommand<CreateArgs>(
+      app, commands, "create", "Create puzzles and append them to a collection file, as Multiple Puzzles does", json,
+      RunCreate);
   create->add_option("--size", args->size, "Grid size 3..9, or Random for a size drawn per puzzle (default 5)")
       ->check(CheckSize);
   create->add_option("--clues", args->clues,

@@ -67,10 +67,9 @@ int RunExport(Output& output, const ExportArgs& args) {
 }  // namespace
 
 void RegisterExportCommands(CLI::App& app, CommandList& commands, bool& json) {
-  auto args = std::make_shared<ExportArgs>();
-  CLI::App* command = AddCommand(app, commands, "export",
-                                 "Write a puzzle and its solution as a text drawing, an HTML page or an XLS sheet",
-                                 json, [args](Output& output) { return RunExport(output, *args); });
+  const auto [command, args] = AddArgsCommand<ExportArgs>(
+      app, commands, "export", "Write a puzzle and its solution as a text drawing, an HTML page or an XLS sheet", json,
+      RunExport);
   command->add_option("FORMAT", args->format, "txt, html or xls")
       ->required()
       ->check(CLI::IsMember({"txt", "html", "xls"}));
