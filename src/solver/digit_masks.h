@@ -30,7 +30,8 @@ inline constexpr auto kCountTable = [] {
 }();
 // Bits 1..9 only, as digit sets hold.
 constexpr int Count(DigitMask m) { return kCountTable.count[(m >> 1) & 511]; }
-constexpr bool IsSingle(DigitMask m) { return std::has_single_bit(m); }
+// Not std::has_single_bit: that counts the bits, the same library call.
+constexpr bool IsSingle(DigitMask m) { return m != 0 && (m & (m - 1)) == 0; }
 // The least and the greatest digit of a non-empty set.
 constexpr int Lowest(DigitMask m) { return std::countr_zero(m); }
 constexpr int Highest(DigitMask m) { return 15 - std::countl_zero(m); }
