@@ -171,83 +171,40 @@ class OrderedLine {
       }
     }
     if (u == 0) return 0;
-    std::array<int, kMaxGridSize> digitAt{};  // the k-th smallest digit left
+    std::array<int, kMaxGridSize> digitAt{};      // the k-th smallest digit left
+    std::array<int, kMaxGridSize + 1> rankOf{};   // and back
     int digits = 0;
-    masks::ForEachDigit(static_cast<DigitMask>(masks::Full(n) & ~fixedDigits),
-                        [&](int d) { digitAt[static_cast<size_t>(digits++)] = d; });
+    masks::ForEachDigit(static_cast<DigitMask>(masks::Full(n) & ~fixedDigits), [&](int d) {
+      rankOf[static_cast<size_t>(d)] = digits;
+      digitAt[static_cast<size_t>(digits++)] = d;
+    });
     if (digits != u) return -1;
-    const int words = u <= 6 ? 1 : 1 << (u - 6);
-    const Word inRange = u >= 6 ? ~Word{0} : (Word{1} << (1 << u)) - 1;
-    // step[c]: the sets that lack open cell c but hold all its smaller open cells.
-    std::array<std::array<Word, 8>, kMaxGridSize> step;
-    std::array<unsigned, kMaxGridSize> takers{};  // per digit rank, the open cells that can take it
+    std::array<unsigned, kMaxGridSize> smaller{};  // per open cell, its smaller open cells
+    std::array<unsigned, kMaxGridSize> takers{};   // per digit rank, the open cells that can take it
+    bool ordered = false;  // whether some order among the open cells is not already in their bounds
     for (int c = 0; c < u; ++c) {
       const int i = position[static_cast<size_t>(c)];
-      unsigned smaller = 0;
+      const DigitMask v = static_cast<DigitMask>(m[static_cast<size_t>(i)] & ~fixedDigits);
       for (unsigned q = below[static_cast<size_t>(i)]; q != 0; q &= q - 1) {
-        const int j = open[static_cast<size_t>(std::countr_zero(q))];
-        if (j >= 0) smaller |= 1u << j;
+        const int p = std::countr_zero(q);
+        const int j = open[static_cast<size_t>(p)];
+        if (j < 0) continue;
+        smaller[static_cast<size_t>(c)] |= 1u << j;
+        ordered = ordered || masks::Highest(m[static_cast<size_t>(p)]) >= masks::Lowest(v);
       }
-      for (int w = 0; w < words; ++w) {
-        Word s = ~Holding(c, w) & inRange;
-        for (unsigned q = smaller; q != 0; q &= q - 1) s &= Holding(std::countr_zero(q), w);
-        step[static_cast<size_t>(c)][static_cast<size_t>(w)] = s;
-      }
-      for (int k = 0; k < u; ++k) {
-        if ((m[static_cast<size_t>(i)] >> digitAt[static_cast<size_t>(k)] & 1) != 0) takers[static_cast<size_t>(k)] |= 1u << c;
-      }
+      masks::ForEachDigit(v, [&](int d) { takers[static_cast<size_t>(rankOf[static_cast<size_t>(d)])] |= 1u << c; });
     }
-    // reached[k]: the sets that can hold the k smallest digits left.
-    std::array<std::array<Word, 8>, kMaxGridSize + 1> reached;
-    reached[0].fill(0);
-    reached[0][0] = 1;
-    for (int k = 0; k < u; ++k) {
-      const auto& from = reached[static_cast<size_t>(k)];
-      auto& to = reached[static_cast<size_t>(k) + 1];
-      for (int w = 0; w < words; ++w) to[static_cast<size_t>(w)] = 0;
-      for (unsigned q = takers[static_cast<size_t>(k)]; q != 0; q &= q - 1) {
-        const int c = std::countr_zero(q);
-        const auto& s = step[static_cast<size_t>(c)];
-        if (c < 6) {
-          for (int w = 0; w < words; ++w) to[static_cast<size_t>(w)] |= (from[static_cast<size_t>(w)] & s[static_cast<size_t>(w)]) << (1 << c);
-        } else {
-          const int shift = 1 << (c - 6);
-          for (int w = 0; w + shift < words; ++w) to[static_cast<size_t>(w + shift)] |= from[static_cast<size_t>(w)] & s[static_cast<size_t>(w)];
-        }
-      }
-    }
-    const int all = (1 << u) - 1;
-    if ((reached[static_cast<size_t>(u)][static_cast<size_t>(all >> 6)] >> (all & 63) & 1) == 0) return -1;
-    // Back from the full set: a set reached from the start that can still be completed
-    // keeps, for each cell that can join it next, the next digit.
-    std::array<Word, 8> completes{};
-    completes[static_cast<size_t>(all >> 6)] = Word{1} << (all & 63);
+    // Without such an order, any arrangement of distinct digits respects it.
+    if (!ordered) return Matcher::Filter(m, n);
     std::array<DigitMask, kMaxGridSize> keep{};
-    for (int k = u - 1; k >= 0; --k) {
-      std::array<Word, 8> before{};
-      const auto& from = reached[static_cast<size_t>(k)];
-      for (unsigned q = takers[static_cast<size_t>(k)]; q != 0; q &= q - 1) {
-        const int c = std::countr_zero(q);
-        const auto& s = step[static_cast<size_t>(c)];
-        Word any = 0;
-        if (c < 6) {
-          for (int w = 0; w < words; ++w) {
-            const Word x = from[static_cast<size_t>(w)] & s[static_cast<size_t>(w)] & (completes[static_cast<size_t>(w)] >> (1 << c));
-            before[static_cast<size_t>(w)] |= x;
-            any |= x;
-          }
-        } else {
-          const int shift = 1 << (c - 6);
-          for (int w = 0; w + shift < words; ++w) {
-            const Word x = from[static_cast<size_t>(w)] & s[static_cast<size_t>(w)] & completes[static_cast<size_t>(w + shift)];
-            before[static_cast<size_t>(w)] |= x;
-            any |= x;
-          }
-        }
-        if (any != 0) keep[static_cast<size_t>(c)] |= masks::Bit(digitAt[static_cast<size_t>(k)]);
-      }
-      completes = before;
+    bool possible;
+    switch (u <= 6 ? 1 : 1 << (u - 6)) {
+      case 1: possible = Arrange<1>(u, smaller, takers, digitAt, keep); break;
+      case 2: possible = Arrange<2>(u, smaller, takers, digitAt, keep); break;
+      case 4: possible = Arrange<4>(u, smaller, takers, digitAt, keep); break;
+      default: possible = Arrange<8>(u, smaller, takers, digitAt, keep); break;
     }
+    if (!possible) return -1;
     int changed = 0;
     for (int c = 0; c < u; ++c) {
       const int i = position[static_cast<size_t>(c)];
@@ -260,6 +217,79 @@ class OrderedLine {
   }
 
  private:
+  template <int W>
+  using Sets = std::array<Word, W>;
+
+  // The sets of u open cells take W words. Fills `keep` with the digits each open cell
+  // takes in some arrangement; false when there is none.
+  template <int W>
+  static bool Arrange(int u, const std::array<unsigned, kMaxGridSize>& smaller, const std::array<unsigned, kMaxGridSize>& takers,
+                      const std::array<int, kMaxGridSize>& digitAt, std::array<DigitMask, kMaxGridSize>& keep) {
+    const Word inRange = u >= 6 ? ~Word{0} : (Word{1} << (1 << u)) - 1;
+    // step[c]: the sets that lack open cell c but hold all its smaller open cells.
+    std::array<Sets<W>, kMaxGridSize> step;
+    for (int c = 0; c < u; ++c) {
+      for (int w = 0; w < W; ++w) {
+        Word s = ~Holding(c, w) & inRange;
+        for (unsigned q = smaller[static_cast<size_t>(c)]; q != 0; q &= q - 1) s &= Holding(std::countr_zero(q), w);
+        step[static_cast<size_t>(c)][static_cast<size_t>(w)] = s;
+      }
+    }
+    // reached[k]: the sets that can hold the k smallest digits left.
+    std::array<Sets<W>, kMaxGridSize + 1> reached;
+    reached[0].fill(0);
+    reached[0][0] = 1;
+    for (int k = 0; k < u; ++k) {
+      const Sets<W>& from = reached[static_cast<size_t>(k)];
+      Sets<W>& to = reached[static_cast<size_t>(k) + 1];
+      to.fill(0);
+      for (unsigned q = takers[static_cast<size_t>(k)]; q != 0; q &= q - 1) {
+        const int c = std::countr_zero(q);
+        const Sets<W>& s = step[static_cast<size_t>(c)];
+        if (c < 6) {
+          const int shift = 1 << c;
+          for (int w = 0; w < W; ++w) to[static_cast<size_t>(w)] |= (from[static_cast<size_t>(w)] & s[static_cast<size_t>(w)]) << shift;
+        } else {
+          const int shift = 1 << (c - 6);
+          for (int w = 0; w + shift < W; ++w) to[static_cast<size_t>(w + shift)] |= from[static_cast<size_t>(w)] & s[static_cast<size_t>(w)];
+        }
+      }
+    }
+    const int all = (1 << u) - 1;
+    if ((reached[static_cast<size_t>(u)][static_cast<size_t>(all >> 6)] >> (all & 63) & 1) == 0) return false;
+    // Back from the full set: a set reached from the start that can still be completed
+    // gives each cell that can join it next the next digit.
+    Sets<W> completes{};
+    completes[static_cast<size_t>(all >> 6)] = Word{1} << (all & 63);
+    for (int k = u - 1; k >= 0; --k) {
+      Sets<W> before{};
+      const Sets<W>& from = reached[static_cast<size_t>(k)];
+      for (unsigned q = takers[static_cast<size_t>(k)]; q != 0; q &= q - 1) {
+        const int c = std::countr_zero(q);
+        const Sets<W>& s = step[static_cast<size_t>(c)];
+        Word any = 0;
+        if (c < 6) {
+          const int shift = 1 << c;
+          for (int w = 0; w < W; ++w) {
+            const Word x = from[static_cast<size_t>(w)] & s[static_cast<size_t>(w)] & (completes[static_cast<size_t>(w)] >> shift);
+            before[static_cast<size_t>(w)] |= x;
+            any |= x;
+          }
+        } else {
+          const int shift = 1 << (c - 6);
+          for (int w = 0; w + shift < W; ++w) {
+            const Word x = from[static_cast<size_t>(w)] & s[static_cast<size_t>(w)] & completes[static_cast<size_t>(w + shift)];
+            before[static_cast<size_t>(w)] |= x;
+            any |= x;
+          }
+        }
+        if (any != 0) keep[static_cast<size_t>(c)] |= masks::Bit(digitAt[static_cast<size_t>(k)]);
+      }
+      completes = before;
+    }
+    return true;
+  }
+
   // Word w of the sets that hold open cell j (set S is bit S % 64 of word S / 64).
   static Word Holding(int j, int w) {
     static constexpr std::array<Word, 6> kLow = {0xAAAAAAAAAAAAAAAAull, 0xCCCCCCCCCCCCCCCCull, 0xF0F0F0F0F0F0F0F0ull,
@@ -311,6 +341,7 @@ class Search {
       for (const auto& [cell, digit] : units_) root[cell] = static_cast<DigitMask>(root[cell] & ~masks::Bit(digit));
       runNodes_ = 0;
       restarting_ = false;
+      ++run_;
       Visit(root, RootWork());
       if (!restarting_) return;
       if (!strong_) {
@@ -403,16 +434,26 @@ class Search {
       strong_ = true;
       PrepareStrong();
     }
-    if (!Propagate(dom, work)) return;
+    if (!Propagate(dom, work)) {
+      // The cell decided last is tried first again: the search settles what just
+      // failed before it wanders off.
+      if (strong_ && !path_.empty()) conflict_ = path_.back().cell;
+      return;
+    }
     const int cell = Choose(dom);
     if (cell < 0) {
       Found(dom);
       return;
     }
-    // Two ways: the cell's least digit, or not that digit; the second is a new node, so
-    // the weights learnt under the first can choose another cell there.
+    // Two ways: a digit of the cell, or not that digit; the second is a new node, so
+    // the weights learnt under the first can choose another cell there. The digit is
+    // the least, except that runs after the first take the greatest for about half the
+    // cells, so that they do not all go down the same way.
     const size_t c = static_cast<size_t>(cell);
-    const DigitMask pick = masks::LowestBit(dom[c]);
+    DigitMask pick = masks::LowestBit(dom[c]);
+    if (run_ > 1 && (static_cast<std::uint64_t>(run_ * 131 + cell) * 0x9E3779B97F4A7C15ull >> 40 & 1) != 0) {
+      pick = masks::Bit(masks::Highest(dom[c]));
+    }
     const std::uint8_t digit = static_cast<std::uint8_t>(masks::Lowest(pick));
     Domains next = dom;
     next[c] = pick;
@@ -478,10 +519,15 @@ class Search {
     return false;
   }
 
-  // The cell with the least candidates per weight of the constraints on it (lines and
-  // signs that failed before weigh more), or -1 when every cell is fixed; the first
-  // found wins ties, so the order depends on nothing but the grid.
-  int Choose(const Domains& dom) const {
+  // The cell that failed last while it still has a choice, or else the cell with the
+  // least candidates per weight of the constraints on it (lines and signs that failed
+  // before weigh more); -1 when every cell is fixed. The first found wins ties, so the
+  // order depends on nothing but the grid.
+  int Choose(const Domains& dom) {
+    if (conflict_ >= 0) {
+      if (masks::Count(dom[static_cast<size_t>(conflict_)]) >= 2) return conflict_;
+      conflict_ = -1;
+    }
     std::array<std::uint32_t, kMaxCells> weight{};
     for (int c = 0; c < n_ * n_; ++c) {
       weight[static_cast<size_t>(c)] =
@@ -592,8 +638,8 @@ class Search {
         Changed(cells[static_cast<size_t>(i)],
                 static_cast<DigitMask>(before[static_cast<size_t>(i)] & ~m[static_cast<size_t>(i)]), work);
       }
-      // The full pass leaves its own line settled.
-      if (full) work.passes &= ~(std::uint64_t{1} << bit);
+      // The full pass leaves its own line settled, singles included.
+      if (full) work.passes &= ~(std::uint64_t{1} << bit | std::uint64_t{1} << l);
     }
   }
 
@@ -710,8 +756,10 @@ class Search {
   std::uint32_t orderedLines_ = 0;
   // Restarts and what they learnt: digits no solution gives a cell, and combinations
   // of cell digits no solution has (nogoods_[nogoodStart_[g] ..] for combination g).
+  int run_ = 0;
   long long cutoff_ = kNoCutoff;
   long long runNodes_ = 0;
+  int conflict_ = -1;  // the cell whose decision failed last
   bool restarting_ = false;
   std::vector<Decision> path_;
   std::vector<std::pair<std::uint8_t, std::uint8_t>> units_;
