@@ -384,17 +384,46 @@ class Search {
     const int cells = n_ * n_;
     std::array<CellSet, kMaxCells> below{};
     auto has = [](const CellSet& s, int c) { return (s[static_cast<size_t>(c >> 6)] >> (c & 63) & 1) != 0; };
+    // Smaller cells first (Kahn's order), so each cell's set is complete when a greater
+    // one takes it over; a cycle of signs leaves cells out, and those take the slow way.
+    std::array<int, kMaxCells> greaterCount{};
+    for (int r = 0; r < relations_; ++r) ++greaterCount[relation_[static_cast<size_t>(r)].smaller];
+    std::array<int, kMaxCells> order{};
+    int done = 0;
+    for (int c = 0; c < cells; ++c) {
+      if (greaterCount[static_cast<size_t>(c)] == 0) order[static_cast<size_t>(done++)] = c;
+    }
+    // `order` fills from the greatest cells down: a cell enters once all cells above it have.
+    for (int k = 0; k < done; ++k) {
+      const int c = order[static_cast<size_t>(k)];
+      for (int i = firstRelation_[static_cast<size_t>(c)]; i < firstRelation_[static_cast<size_t>(c) + 1]; ++i) {
+        const Relation rel = relation_[relationsOfCell_[static_cast<size_t>(i)]];
+        if (rel.greater == c && --greaterCount[rel.smaller] == 0) order[static_cast<size_t>(done++)] = rel.smaller;
+      }
+    }
     for (int r = 0; r < relations_; ++r) {
       const Relation rel = relation_[static_cast<size_t>(r)];
       below[rel.greater][static_cast<size_t>(rel.smaller >> 6)] |= Word{1} << (rel.smaller & 63);
     }
-    for (int k = 0; k < cells; ++k) {
-      const CellSet via = below[static_cast<size_t>(k)];
-      for (int i = 0; i < cells; ++i) {
-        CellSet& s = below[static_cast<size_t>(i)];
-        if (has(s, k)) {
-          s[0] |= via[0];
-          s[1] |= via[1];
+    if (done == cells) {
+      for (int k = cells - 1; k >= 0; --k) {
+        const int c = order[static_cast<size_t>(k)];
+        for (int i = firstRelation_[static_cast<size_t>(c)]; i < firstRelation_[static_cast<size_t>(c) + 1]; ++i) {
+          const Relation rel = relation_[relationsOfCell_[static_cast<size_t>(i)]];
+          if (rel.greater != c) continue;
+          below[static_cast<size_t>(c)][0] |= below[rel.smaller][0];
+          below[static_cast<size_t>(c)][1] |= below[rel.smaller][1];
+        }
+      }
+    } else {
+      for (int k = 0; k < cells; ++k) {
+        const CellSet via = below[static_cast<size_t>(k)];
+        for (int i = 0; i < cells; ++i) {
+          CellSet& s = below[static_cast<size_t>(i)];
+          if (has(s, k)) {
+            s[0] |= via[0];
+            s[1] |= via[1];
+          }
         }
       }
     }

@@ -121,6 +121,38 @@ TEST(ExactSearch, AgreesWithThePlainSearchOnRandomGridsOfEverySize) {
   RecordProperty("beyond_reference", beyondReference);
 }
 
+// The same comparison with the full reasoning from the first node and a restart every
+// few nodes, so that small grids go through every stage: ordered lines, digit places,
+// restarts and what they learn.
+TEST(ExactSearch, AgreesWithThePlainSearchWhenEveryStageStartsAtOnce) {
+  std::mt19937 random(20261123);
+  SearchTuning eager;
+  eager.strongAfterNodes = 0;
+  eager.restartNodes = 3;
+  eager.restartGrowth = 1.3;
+  int compared = 0;
+  int restarted = 0;
+  for (int trial = 0; trial < 6000; ++trial) {
+    const int n = 3 + trial % 7;
+    const Kind kind = static_cast<Kind>(random() % 5);
+    const PuzzleModel m = RandomGrid(random, n, kind);
+    SearchOptions options;
+    options.limit = 1 + static_cast<int>(random() % 3);
+    const SolutionCount reference = ReferenceCountSolutions(m, options.limit, 1500);
+    const SolutionCount fast = CountSolutions(m, options, eager);
+    if (fast.count > 0) {
+      ASSERT_TRUE(Completes(m, fast.first)) << "trial " << trial;
+    }
+    if (fast.nodes > eager.restartNodes) ++restarted;
+    if (reference.nodes > 1500) continue;
+    ++compared;
+    ASSERT_EQ(fast.count, reference.count) << "trial " << trial << " size " << n;
+    ASSERT_EQ(fast.complete, reference.complete) << "trial " << trial;
+  }
+  EXPECT_GE(compared, 5500);
+  EXPECT_GE(restarted, 1000);
+}
+
 // Clue-less 9x9 sign patterns that once took the plain search from seconds to minutes:
 // the slowest inputs found by the benchmark's sweep, kept so they stay fast.
 TEST(ExactSearch, HardSignPatternsFinishWithFewNodes) {
