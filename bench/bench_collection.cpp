@@ -7,7 +7,6 @@
 #include <string>
 
 #include "core/collection_file.h"
-#include "core/headless_port.h"
 #include "core/text_file.h"
 
 namespace {
@@ -34,9 +33,8 @@ std::string BigCollection() {
 void BM_ReadLastOf10000(benchmark::State& state) {
   const std::string path = BigCollection();
   qm::PuzzleModel model;
-  qm::HeadlessPort port;
   for (auto _ : state) {
-    const qm::ReadResult result = qm::ReadPuzzle(model, port, path, kRecords);
+    const qm::ReadResult result = qm::LoadPuzzle(model, path, kRecords);
     if (result.notFound) state.SkipWithError("record not found");
     benchmark::DoNotOptimize(model.PosText[0]);
   }

@@ -8,9 +8,10 @@
 #include <filesystem>
 #include <string>
 
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
+#include "commands/run_control.h"
 #include "core/puzzle_model.h"
-#include "generator/batch_creation.h"
+#include "commands/batch_creation.h"
 #include "generator/create_puzzle.h"
 
 namespace {
@@ -19,7 +20,6 @@ namespace {
 void BM_Create(benchmark::State& state) {
   const int n = static_cast<int>(state.range(0));
   qm::PuzzleModel model;
-  qm::HeadlessPort port;
   qm::SeedRandom(model, 2026);
   qm::Generator generator;
   generator.ClueSpec = qm::kCluesByLevel;
@@ -28,7 +28,7 @@ void BM_Create(benchmark::State& state) {
     // As batch creation does: 100 failed attempts only mean trying again.
     do {
       qm::SetSize(model, n);
-    } while (qm::CreatePuzzle(model, port, generator) != 99);
+    } while (qm::CreatePuzzle(model, qm::QuietRun(), generator) != 99);
   }
   state.SetItemsProcessed(state.iterations());
   state.SetLabel(std::to_string(n) + "x" + std::to_string(n) + " " +
@@ -54,9 +54,10 @@ void BM_CreateBatch9x9Hard(benchmark::State& state) {
   for (auto _ : state) {
     qm::PuzzleModel model;
     qm::HeadlessPort port;
+    qm::RunControl run(model, port);
     qm::Generator generator;
     qm::SeedRandom(model, 7);
-    if (qm::CreatePuzzles(model, port, generator, settings, options).added != kPuzzles) {
+    if (qm::CreatePuzzles(model, run, generator, settings, options).added != kPuzzles) {
       state.SkipWithError("batch incomplete");
     }
     std::remove(path.c_str());

@@ -11,7 +11,6 @@
 #include <string>
 #include <vector>
 
-#include "core/headless_port.h"
 #include "core/puzzle_model.h"
 #include "generator/create_puzzle.h"
 #include "reasoning/ladder.h"
@@ -22,7 +21,6 @@ namespace {
 std::vector<qm::PuzzleModel> HardPuzzles(int count) {
   std::vector<qm::PuzzleModel> puzzles;
   qm::PuzzleModel model;
-  qm::HeadlessPort port;
   qm::SeedRandom(model, 31);
   qm::Generator generator;
   generator.ClueSpec = qm::kCluesByLevel;
@@ -30,7 +28,7 @@ std::vector<qm::PuzzleModel> HardPuzzles(int count) {
   while (static_cast<int>(puzzles.size()) < count) {
     do {
       qm::SetSize(model, 9);
-    } while (qm::CreatePuzzle(model, port, generator) != 99);
+    } while (qm::CreatePuzzle(model, qm::QuietRun(), generator) != 99);
     qm::PuzzleModel hard = model;
     for (int k = 0; k <= hard.LastPosition; ++k) {
       if (!qm::IsCell(hard, k) || hard.PosText[k].empty()) continue;

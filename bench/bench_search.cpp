@@ -12,7 +12,6 @@
 #include <string>
 #include <vector>
 
-#include "core/headless_port.h"
 #include "core/puzzle_model.h"
 #include "generator/create_puzzle.h"
 #include "solver/solution_search.h"
@@ -100,7 +99,6 @@ BENCHMARK(BM_SearchSignPatterns9x9)->Iterations(1)->Unit(benchmark::kMillisecond
 void BM_SearchGeneratedWithoutClues9x9(benchmark::State& state) {
   constexpr int kInputs = 300;
   qm::PuzzleModel model;
-  qm::HeadlessPort port;
   qm::SeedRandom(model, 2026);
   qm::Generator generator;
   generator.ClueSpec = qm::kCluesByLevel;
@@ -109,7 +107,7 @@ void BM_SearchGeneratedWithoutClues9x9(benchmark::State& state) {
     generator.RequestedLevel = 1 + i % 4;
     do {
       qm::SetSize(model, 9);
-    } while (qm::CreatePuzzle(model, port, generator) != 99);
+    } while (qm::CreatePuzzle(model, qm::QuietRun(), generator) != 99);
     qm::PuzzleModel bare = model;
     for (int k = 0; k <= bare.LastPosition; ++k) {
       if (qm::IsCell(bare, k)) bare.PosText[k].clear();

@@ -8,7 +8,6 @@
 #include <numeric>
 #include <random>
 
-#include "core/headless_port.h"
 #include "core/puzzle_model.h"
 #include "core/rule_checks.h"
 #include "solver/candidates.h"
@@ -63,9 +62,9 @@ void MakeSolution(qm::PuzzleModel& m, std::mt19937& random) {
   }
 }
 
-bool Solves(qm::PuzzleModel& m, qm::WindowPort& port) {
+bool Solves(qm::PuzzleModel& m) {
   qm::PrepareCandidates(m);
-  return qm::SolveByLogic(m, port).status == qm::kSolved;
+  return qm::SolveByLogic(m).status == qm::kSolved;
 }
 
 // 9x9 puzzles as creation tries them: 12 clues and every sign (the first trial), and the
@@ -76,7 +75,6 @@ std::vector<Texts> MakePuzzles(bool reduce) {
     std::vector<Texts> set;
     std::mt19937 random(reduce ? 2026 : 2027);
     qm::PuzzleModel m;
-    qm::HeadlessPort port;
     qm::SetSize(m, 9);
     while (set.size() < 16) {
       MakeSolution(m, random);
@@ -89,7 +87,7 @@ std::vector<Texts> MakePuzzles(bool reduce) {
       std::shuffle(cells.begin(), cells.end(), random);
       for (std::size_t i = 12; i < cells.size(); ++i) m.PosText[static_cast<std::size_t>(cells[i])].clear();
       Texts puzzle = m.PosText;
-      if (!Solves(m, port)) continue;
+      if (!Solves(m)) continue;
       if (!reduce) {
         set.push_back(puzzle);
         continue;
@@ -98,7 +96,7 @@ std::vector<Texts> MakePuzzles(bool reduce) {
       for (int slot : signs) {
         m.PosText = puzzle;
         m.PosText[static_cast<std::size_t>(slot)].clear();
-        if (Solves(m, port)) puzzle[static_cast<std::size_t>(slot)].clear();
+        if (Solves(m)) puzzle[static_cast<std::size_t>(slot)].clear();
       }
       set.push_back(puzzle);
     }
@@ -112,7 +110,6 @@ void BM_LogicSolve9x9(benchmark::State& state) {
   const auto& puzzles = state.range(0) == 0 ? allSigns : reduced;
   state.SetLabel(state.range(0) == 0 ? "12 clues, every sign" : "12 clues, signs reduced");
   qm::PuzzleModel m;
-  qm::HeadlessPort port;
   qm::SetSize(m, 9);
   std::size_t i = 0;
   long solveAllocations = 0;
@@ -121,7 +118,7 @@ void BM_LogicSolve9x9(benchmark::State& state) {
     m.PosText = puzzles[i++ % puzzles.size()];
     qm::PrepareCandidates(m);
     const long before = allocations.load();
-    const qm::SolveOutcome outcome = qm::SolveByLogic(m, port);
+    const qm::SolveOutcome outcome = qm::SolveByLogic(m);
     solveAllocations += allocations.load() - before;
     sweeps += outcome.sweeps;
     if (outcome.status != qm::kSolved) state.SkipWithError("a reduced puzzle did not solve");

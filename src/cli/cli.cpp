@@ -17,6 +17,7 @@ int RunCli(int argc, const char* const* argv, std::ostream& out, std::ostream& e
   RegisterExportCommands(app, commands, json);
   RegisterCreateCommands(app, commands, json);
   RegisterReasonCommands(app, commands, json);
+  RegisterBookCommands(app, commands, json);
 
   try {
     app.parse(argc, argv);

@@ -1,10 +1,12 @@
 #include "cli/cli_support.h"
 
+#include <charconv>
 #include <limits>
 
 #include <algorithm>
 #include <memory>
 
+#include "commands/record_commands.h"
 #include "core/collection_file.h"
 #include "core/text_rules.h"
 
@@ -55,7 +57,7 @@ void AddPuzzleArgs(CLI::App& command, PuzzleArgs& args, bool withSets) {
   }
 }
 
-bool LoadPuzzle(PuzzleModel& model, HeadlessPort& port, const PuzzleArgs& args, std::string& error) {
+bool LoadFromArgs(PuzzleModel& model, HeadlessPort& port, const PuzzleArgs& args, std::string& error) {
   if (ReadPuzzle(model, port, args.file, args.ordinal).notFound) {
     error = ReadErrorMessage(args.ordinal, args.file);
     return false;
@@ -81,7 +83,7 @@ CLI::App* AddPuzzleCommand(CLI::App& app, CommandList& commands, const std::stri
     PuzzleModel model;
     HeadlessPort port;
     std::string error;
-    if (!LoadPuzzle(model, port, *args, error)) return Fail(output, error, {{"ordinal", args->ordinal}});
+    if (!LoadFromArgs(model, port, *args, error)) return Fail(output, error, {{"ordinal", args->ordinal}});
     return run(output, *args, model, port);
   });
   AddPuzzleArgs(*command, *args, withSets);
@@ -157,6 +159,25 @@ std::vector<std::string> DrawPuzzle(const PuzzleModel& model) {
     lines.push_back(line);
   }
   return lines;
+}
+
+Range ParseRange(const std::string& text) {
+  Range range;
+  if (text.empty()) return range;
+  const auto dash = text.find('-');
+  auto number = [&](std::string_view part) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(part.data(), part.data() + part.size(), value);
+    if (error != std::errc{} || end != part.data() + part.size() || value < 1) {
+      throw UsageError{"--range must be A-B with 1 <= A <= B, got " + text};
+    }
+    return value;
+  };
+  const std::string_view all(text);
+  range.first = number(dash == std::string::npos ? all : all.substr(0, dash));
+  range.last = dash == std::string::npos ? range.first : number(all.substr(dash + 1));
+  if (range.last < range.first) throw UsageError{"--range must be A-B with 1 <= A <= B, got " + text};
+  return range;
 }
 
 }  // namespace qm::cli

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "core/puzzle_model.h"
 
 namespace qm::cli {
@@ -54,7 +54,7 @@ struct UsageError {
 // Loads the puzzle as ReadPuzzle does and applies the --set edits. Returns false with
 // the system's read error message when the record cannot be read; throws UsageError
 // for a --set the loaded grid cannot take.
-bool LoadPuzzle(PuzzleModel& model, HeadlessPort& port, const PuzzleArgs& args, std::string& error);
+bool LoadFromArgs(PuzzleModel& model, HeadlessPort& port, const PuzzleArgs& args, std::string& error);
 
 // A command's work on a loaded puzzle.
 using PuzzleRun = std::function<int(Output&, const PuzzleArgs&, PuzzleModel&, HeadlessPort&)>;
@@ -79,5 +79,12 @@ Json IntsJson(const PuzzleModel& model, const PerPosition<int>& values);
 // The grid drawn for people: the shown texts and, beside them, the stored solution.
 std::vector<std::string> DrawPuzzle(const PuzzleModel& model);
 std::vector<std::string> DrawGrid(const PuzzleModel& model, const PerPosition<std::string>& texts);
+
+// A --range of puzzles: "A-B" or one number, 1 <= A <= B; throws UsageError otherwise.
+struct Range {
+  int first = 1;
+  int last = 0;  // 0: to the end of the file
+};
+Range ParseRange(const std::string& text);
 
 }  // namespace qm::cli

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "cli/cli_support.h"
-#include "core/headless_port.h"
-#include "export/save_command.h"
+#include "commands/headless_port.h"
+#include "commands/save_commands.h"
 
 namespace qm::cli {
 

@@ -13,7 +13,7 @@
 #include "cli/commands.h"
 #include "core/collection_file.h"
 #include "core/text_rules.h"
-#include "generator/batch_creation.h"
+#include "commands/batch_creation.h"
 #include "generator/create_puzzle.h"
 #include "generator/creation_options.h"
 #include "reasoning/ladder.h"
@@ -186,7 +186,8 @@ int RunCreate(Output& output, const CreateArgs& args) {
     };
     batch.titleNote = [](const PuzzleModel& puzzle) { return reasoning::ExplainModel(puzzle).grade.name; };
   }
-  const BatchResult result = CreatePuzzles(model, port, generator, validation.settings, batch);
+  RunControl run(model, port);
+  const BatchResult result = CreatePuzzles(model, run, generator, validation.settings, batch);
   if (args.display && !result.puzzles.empty()) return PrintDisplayed(output, model, result.puzzles.front(), result);
 
   const Json known = {{"added", result.added},

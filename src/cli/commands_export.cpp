@@ -39,7 +39,7 @@ int RunExport(Output& output, const ExportArgs& args) {
   PuzzleModel model;
   HeadlessPort loading;
   std::string error;
-  if (!LoadPuzzle(model, loading, args.puzzle, error)) return Fail(output, error, {{"ordinal", args.puzzle.ordinal}});
+  if (!LoadFromArgs(model, loading, args.puzzle, error)) return Fail(output, error, {{"ordinal", args.puzzle.ordinal}});
 
   ExportPort port(!args.noSolution);
   port.fileAnswers.push_back(args.out);

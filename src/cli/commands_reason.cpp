@@ -71,30 +71,6 @@ int RunExplain(Output& output, PuzzleModel& model) {
   return kExitOk;
 }
 
-struct Range {
-  int first = 1;
-  int last = 0;  // 0: to the end of the file
-};
-
-Range ParseRange(const std::string& text) {
-  Range range;
-  if (text.empty()) return range;
-  const auto dash = text.find('-');
-  auto number = [&](std::string_view part) {
-    int value = 0;
-    const auto [end, error] = std::from_chars(part.data(), part.data() + part.size(), value);
-    if (error != std::errc{} || end != part.data() + part.size() || value < 1) {
-      throw UsageError{"--range must be A-B with 1 <= A <= B, got " + text};
-    }
-    return value;
-  };
-  const std::string_view all(text);
-  range.first = number(dash == std::string::npos ? all : all.substr(0, dash));
-  range.last = dash == std::string::npos ? range.first : number(all.substr(dash + 1));
-  if (range.last < range.first) throw UsageError{"--range must be A-B with 1 <= A <= B, got " + text};
-  return range;
-}
-
 struct Graded {
   int ordinal = 0;
   bool read = false;
@@ -109,11 +85,10 @@ int RunGrade(Output& output, const std::string& file, const std::string& rangeTe
   // Every core takes the next puzzle in turn; each worker reads with a model of its own.
   auto work = [&] {
     PuzzleModel model;
-    HeadlessPort port;
     for (std::size_t i = next++; i < graded.size(); i = next++) {
       Graded& g = graded[i];
       g.ordinal = range.first + static_cast<int>(i);
-      g.read = !ReadPuzzle(model, port, file, g.ordinal).notFound;
+      g.read = !LoadPuzzle(model, file, g.ordinal).notFound;
       if (g.read) g.result = reasoning::ExplainModel(model);
     }
   };

@@ -2,10 +2,12 @@
 // solution count that the deduction cannot give.
 #include "cli/cli_support.h"
 #include "cli/commands.h"
+#include "commands/solving_commands.h"
 #include "core/text_rules.h"
 #include "solver/candidates.h"
 #include "solver/solution_search.h"
 #include "solver/solve_driver.h"
+#include "solver/technique_table.h"
 
 namespace qm::cli {
 
@@ -23,19 +25,19 @@ Json StepJson(const SolveStep& step) {
 
 int RunSolve(Output& output, bool explain, PuzzleModel& model, HeadlessPort& port) {
   AutoSolveResult result;
+  RunControl run(model, port);
   if (explain) {
     // Every pause is answered at once.
-    port.onProcessEvents = [&model] { model.StepGo = -1; };
-    result = PacedAutoSolve(model, port);
+    port.onProcessEvents = [&run] { run.Continue(); };
+    result = PacedAutoSolve(model, run);
   } else {
-    result = AutoSolve(model, port);
+    result = AutoSolve(model, run);
   }
 
   Json techniques = Json::object();
-  for (int t = 0; t < kTechniqueCount; ++t) {
-    const bool ran = explain ? t != static_cast<int>(Technique::OrderPropagate)
-                             : t != static_cast<int>(Technique::OrderPropagateExplained);
-    if (ran) techniques[std::string(kTechniqueNames[static_cast<std::size_t>(t)])] = result.solve.changes[static_cast<std::size_t>(t)];
+  for (const SweepTechnique& technique : kSweepOrder) {
+    const auto t = static_cast<std::size_t>(explain ? technique.explained : technique.quiet);
+    techniques[std::string(kTechniqueNames[t])] = result.solve.changes[t];
   }
   if (output.json) {
     Json out = {{"status", result.solve.status},

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/file_replace.h"
+#include "core/record_scanner.h"
 #include "core/text_file.h"
 #include "core/text_rules.h"
 
@@ -27,8 +28,6 @@ struct SortEntry {
   long long number = 0;   // the new record number when renumbering, else 0
 };
 
-bool IsRecordLine(std::string_view line) { return !line.empty() && line[0] == '#'; }
-
 std::string UpperAscii(std::string text) {
   for (char& c : text) {
     if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
@@ -41,32 +40,10 @@ bool SameFile(const std::string& source, const std::string& output) {
   return UpperAscii(source) == UpperAscii(output) || std::filesystem::equivalent(source, output, ec);
 }
 
-// Lines of the file's bytes as the line reader sees them: each ends at LF, a CR just
-// before the LF is dropped, and a last line without LF still counts.
-class Lines {
- public:
-  Lines(std::string_view bytes, std::size_t from, std::size_t to) : bytes_(bytes), at_(from), end_(to) {}
-  bool Next(std::string_view& line) {
-    if (at_ >= end_) return false;
-    const std::size_t newline = bytes_.find('\n', at_);
-    const std::size_t stop = newline == std::string_view::npos || newline >= end_ ? end_ : newline;
-    line = bytes_.substr(at_, stop - at_);
-    if (stop < end_ && !line.empty() && line.back() == '\r') line.remove_suffix(1);
-    at_ = stop < end_ ? stop + 1 : end_;
-    return true;
-  }
-  std::size_t Position() const { return at_; }
-
- private:
-  std::string_view bytes_;
-  std::size_t at_;
-  std::size_t end_;
-};
-
 // The record's lines, with the size line as the output carries it.
 template <class F>
 void ForEachRecordLine(std::string_view bytes, const SortEntry& entry, F&& f) {
-  Lines lines(bytes, entry.begin, entry.end);
+  ByteLines lines(bytes, entry.begin, entry.end);
   std::string_view line;
   for (int i = 0; lines.Next(line); ++i) f(i == 2 && !entry.sizeLine.empty() ? std::string_view(entry.sizeLine) : line);
 }
@@ -85,8 +62,8 @@ bool EntryLess(std::string_view bytes, const SortEntry& a, const SortEntry& b) {
   }
   if (a.key == b.key) {
     // Line by line: most records part in their "#" line, so nothing is copied.
-    Lines la(bytes, a.begin, a.end);
-    Lines lb(bytes, b.begin, b.end);
+    ByteLines la(bytes, a.begin, a.end);
+    ByteLines lb(bytes, b.begin, b.end);
     std::string_view x;
     std::string_view y;
     for (int i = 0;; ++i) {
@@ -125,7 +102,7 @@ std::string SortKey(PuzzleModel& model, const SortRequest& request, std::string_
   std::string_view recordLine;
   std::string_view comment;
   bool hasComment = false;
-  Lines lines(bytes, entry.begin, entry.end);
+  ByteLines lines(bytes, entry.begin, entry.end);
   std::string_view line;
   for (int i = 0; i < 3 && lines.Next(line); ++i) {
     if (i == 0) recordLine = line;
@@ -160,25 +137,22 @@ std::string SortKey(PuzzleModel& model, const SortRequest& request, std::string_
   }
 }
 
-SortOutcome Report(WindowPort& port, CommandResult result, const std::string& message, int count = 0) {
-  port.SetBusy(false);
-  port.ShowMessage(message);
-  return {result, count};
+SortOutcome Report(CommandResult result, const std::string& message, int count = 0) {
+  return {result, count, message};
 }
 
 }  // namespace
 
-SortOutcome SortPuzzleFile(PuzzleModel& model, WindowPort& port, const SortRequest& request) {
-  if (Trim(request.output).empty()) return Report(port, CommandResult::Failed, "Specify output file name");
-  if (!FileLength(request.source)) return Report(port, CommandResult::Failed, "Input file does not exist");
+SortOutcome SortCollection(PuzzleModel& model, RunHooks& run, const SortRequest& request) {
+  if (Trim(request.output).empty()) return Report(CommandResult::Failed, "Specify output file name");
+  if (!FileLength(request.source)) return Report(CommandResult::Failed, "Input file does not exist");
   if (SameFile(request.source, request.output)) {
-    return Report(port, CommandResult::Failed, "Input and output files cannot be same");
+    return Report(CommandResult::Failed, "Input and output files cannot be same");
   }
   const std::string unable = "Unable to sort file:" + std::string(kLineBreak) + request.output;
 
-  port.SetBusy(true);
   std::string file;
-  if (!ReadWholeFile(request.source, file)) return Report(port, CommandResult::Failed, unable);
+  if (!ReadWholeFile(request.source, file)) return Report(CommandResult::Failed, unable);
   const std::string_view bytes = file;
 
   // Records: a "#" line, the comment line, the size line and the lines up to the next
@@ -186,27 +160,16 @@ SortOutcome SortPuzzleFile(PuzzleModel& model, WindowPort& port, const SortReque
   // the record line belong to the record whatever they hold. Lines before the first
   // record belong to none and are left out.
   std::vector<SortEntry> entries;
-  Lines lines(bytes, 0, bytes.size());
-  std::string_view line;
-  std::size_t start = 0;
-  bool pending = lines.Next(line);
-  while (pending) {
-    if (!IsRecordLine(line)) {
-      start = lines.Position();
-      pending = lines.Next(line);
-      continue;
-    }
+  ByteLines lines(bytes);
+  RecordScanner scanner(lines, RecordRules{2});
+  while (scanner.NextRecord()) {
     SortEntry entry;
-    entry.begin = start;
-    for (int j = 0; j < 2 && lines.Next(line); ++j) {
-    }
-    std::size_t end = lines.Position();
-    while ((pending = lines.Next(line)) && !IsRecordLine(line)) end = lines.Position();
-    entry.end = end;
-    start = end;
+    entry.begin = scanner.RecordBegin();
+    scanner.ReadBody([](std::string_view) {});
+    entry.end = scanner.End();
     entries.push_back(std::move(entry));
   }
-  if (entries.empty()) return Report(port, CommandResult::Failed, "There are no puzzles in this file");
+  if (entries.empty()) return Report(CommandResult::Failed, "There are no puzzles in this file");
 
   // A random order works through the puzzle-number key, and always renumbers.
   const bool resequence =
@@ -214,7 +177,7 @@ SortOutcome SortPuzzleFile(PuzzleModel& model, WindowPort& port, const SortReque
   for (std::size_t i = 0; i < entries.size(); ++i) {
     entries[i].key = SortKey(model, request, bytes, entries[i]);
     if (request.progress) request.progress(static_cast<int>(i + 1));
-    port.ProcessEvents();
+    run.Yield();
   }
   std::sort(entries.begin(), entries.end(),
             [bytes](const SortEntry& a, const SortEntry& b) { return EntryLess(bytes, a, b); });
@@ -238,22 +201,10 @@ SortOutcome SortPuzzleFile(PuzzleModel& model, WindowPort& port, const SortReque
     ok = std::fflush(out) == 0 && ok;
     return std::fclose(out) == 0 && ok;
   });
-  if (!written) return Report(port, CommandResult::Failed, unable);
+  if (!written) return Report(CommandResult::Failed, unable);
   const int count = static_cast<int>(entries.size());
-  return Report(port, CommandResult::Done,
+  return Report(CommandResult::Done,
                 Str(count) + " puzzles sorted to file:" + std::string(kLineBreak) + request.output, count);
-}
-
-std::string ChooseSortInput(const PuzzleModel& model, WindowPort& port) {
-  return ChooseFileKeepingDirectory(port, FileChoice{"Select sort input file", kCollectionPatterns,
-                                                     kCollectionDescription, ApplicationDirectoryOf(model),
-                                                     ChooserMode::Open});
-}
-
-std::string ChooseSortOutput(const PuzzleModel& model, WindowPort& port) {
-  return ChooseFileKeepingDirectory(port, FileChoice{"Select sort output file", kCollectionPatterns,
-                                                     kCollectionDescription, ApplicationDirectoryOf(model),
-                                                     ChooserMode::Save});
 }
 
 }  // namespace qm

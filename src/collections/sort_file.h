@@ -1,13 +1,13 @@
-// The "Sort Puzzle File" dialog's command: copies the records of one collection file
-// into another in a new order. The source file is never written.
+// Sorting a collection file: copies the records of one collection file into another in
+// a new order. The source file is never written.
 #pragma once
 
 #include <functional>
 #include <string>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
-#include "export/save_command.h"
+#include "core/command_result.h"
+#include "core/run_hooks.h"
 
 namespace qm {
 
@@ -35,17 +35,14 @@ struct SortRequest {
 struct SortOutcome {
   CommandResult result = CommandResult::Failed;
   int count = 0;  // records written
+  std::string message;  // what the command reports
 };
 
-// "Sort": validates the request with the dialog's messages, sorts the records by their
-// key (records with equal keys by their "#" line, as text), writes them in ascending or
+// Validates the request with the dialog's messages, sorts the records by their key
+// (records with equal keys by their "#" line, as text), writes them in ascending or
 // descending order, renumbered from "Start#" when asked (always for a random order by
-// puzzle number), and reports " N puzzles sorted to file:" and the output name. Older
-// records with a one-field size line come out with "5 " in front of it.
-SortOutcome SortPuzzleFile(PuzzleModel& model, WindowPort& port, const SortRequest& request);
-
-// The dialog's two choosers ("Select sort input file", "Select sort output file").
-std::string ChooseSortInput(const PuzzleModel& model, WindowPort& port);
-std::string ChooseSortOutput(const PuzzleModel& model, WindowPort& port);
+// puzzle number); the message is " N puzzles sorted to file:" and the output name.
+// Older records with a one-field size line come out with "5 " in front of it.
+SortOutcome SortCollection(PuzzleModel& model, RunHooks& run, const SortRequest& request);
 
 }  // namespace qm

@@ -6,7 +6,7 @@
 #include "core/text_rules.h"
 #include "solver/candidates.h"
 #include "solver/solution_search.h"
-#include "solver/solving_commands.h"
+#include "commands/solving_commands.h"
 
 namespace qm {
 

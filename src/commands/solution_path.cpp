@@ -21,8 +21,6 @@ int PeopleIndex(int layoutIndex) { return (layoutIndex + 1) / 2; }
 
 PuzzleModel PathStart(const PuzzleModel& model, const CoachState* coach) {
   PuzzleModel start = model;
-  start.StepMode = 0;
-  start.CancelRequest = kNo;
   for (int k = 0; k <= start.LastPosition; ++k) {
     if (!IsCell(start, k)) continue;
     std::string& text = start.PosText[k];

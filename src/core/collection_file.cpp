@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "core/record_scanner.h"
 #include "core/text_rules.h"
 
 namespace qm {
@@ -12,8 +13,6 @@ namespace {
 
 // A record that cannot be read: the load ends as if the record were not there.
 struct RecordError {};
-
-bool IsRecordLine(const std::string& line) { return !line.empty() && line[0] == '#'; }
 
 // One character of a grid line as the model keeps it: "" past the end, "V" as "v".
 std::string GridChar(const std::string& line, int col) {
@@ -36,21 +35,6 @@ std::vector<std::string_view> SplitAtBlanks(std::string_view line) {
   }
 }
 
-// The size line in its three forms: "N signs clues", "N signs" (clues counted later),
-// or the older one-field form "signs" for a 5x5 puzzle. Returns N.
-int ParseSizeLine(PuzzleModel& model, const std::string& line) {
-  model.ClueCount = -1;
-  if (Trim(line).find(' ') == std::string_view::npos) {
-    model.ConstraintCount = IntegerValue(line);
-    return 5;
-  }
-  const int n = IntegerValue(std::string_view(line).substr(0, 1));
-  const auto fields = SplitAtBlanks(line);
-  model.ConstraintCount = IntegerValue(fields[1]);
-  if (fields.size() == 3) model.ClueCount = IntegerValue(fields[2]);
-  return n;
-}
-
 // Reads the record whose "#" line `file` has just passed. Returns the comment.
 std::string ParseRecord(PuzzleModel& model, LineReader& file) {
   std::string commentLine;
@@ -66,7 +50,10 @@ std::string ParseRecord(PuzzleModel& model, LineReader& file) {
   } else if (!file.ReadLine(sizeLine)) {
     throw RecordError{};
   }
-  const int n = ParseSizeLine(model, sizeLine);
+  const SizeLine size = ParseSizeLine(sizeLine);
+  model.ConstraintCount = size.signs;
+  model.ClueCount = size.clues;
+  const int n = size.gridSize;
   if (n < kMinGridSize || n > kMaxGridSize) throw RecordError{};
   SetSize(model, n);
 
@@ -117,28 +104,60 @@ int CountSigns(const PuzzleModel& model) {
 
 }  // namespace
 
-bool CommentLooksLikeRecord(std::string_view comment) { return !comment.empty() && comment[0] == '#'; }
+bool CommentLooksLikeRecord(std::string_view comment) { return IsRecordLine(comment); }
+
+SizeLine ParseSizeLine(std::string_view line) {
+  SizeLine size;
+  if (Trim(line).find(' ') == std::string_view::npos) {
+    size.signs = IntegerValue(line);
+    return size;
+  }
+  size.gridSize = IntegerValue(line.substr(0, 1));
+  const auto fields = SplitAtBlanks(line);
+  size.signs = IntegerValue(fields[1]);
+  if (fields.size() == 3) size.clues = IntegerValue(fields[2]);
+  return size;
+}
+
+std::vector<RecordSummary> ReadRecordSummaries(const std::string& path) {
+  std::vector<RecordSummary> records;
+  LineReader file(path);
+  if (!file.IsOpen()) return records;
+  RecordScanner scanner(file);
+  while (scanner.NextRecord()) {
+    RecordSummary& record = records.emplace_back();
+    int i = 0;
+    scanner.ReadBody([&](std::string_view line) {
+      if (i == 0) record.comment = line;
+      if (i == 1) {
+        const SizeLine size = ParseSizeLine(line);
+        record.size = size.gridSize;
+        record.signs = size.signs;
+        record.clues = size.clues;
+      }
+      ++i;
+    });
+  }
+  return records;
+}
 
 int CountPuzzles(const std::string& path) {
   const auto length = FileLength(path);
   if (!length || *length == 0) return 0;
   LineReader file(path);
-  std::string line;
+  RecordScanner scanner(file);
   int count = 0;
-  while (file.ReadLine(line)) {
-    if (IsRecordLine(line) && NumericValue(std::string_view(line).substr(1)) > 0) ++count;
+  while (scanner.NextRecord()) {
+    // "#0" and a bare "#" start a record for the reader but are not counted.
+    if (NumericValue(scanner.RecordLine().substr(1)) > 0) ++count;
   }
   return count;
 }
 
 RecordLocation FindRecord(LineReader& file, int index) {
-  std::string line;
-  int counter = -1;
-  while (file.ReadLine(line)) {
-    if (!IsRecordLine(line)) continue;
-    ++counter;
-    if (counter < index) continue;
-    return {IntegerValue(std::string_view(line).substr(1)), false};
+  RecordScanner scanner(file);
+  for (int counter = 0; scanner.NextRecord(); ++counter) {
+    if (counter >= index) return {IntegerValue(scanner.RecordLine().substr(1)), false};
   }
   return {};
 }
@@ -147,12 +166,9 @@ std::string ReadErrorMessage(int n, const std::string& path) {
   return "Error reading puzzle#" + Str(n) + " in file:" + std::string(kLineBreak) + path;
 }
 
-ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& path, int n) {
-  port.SetBusy(true);
+ReadResult LoadPuzzle(PuzzleModel& model, const std::string& path, int n) {
   if (n == -1) {
     ClearPositions(model);
-    port.RedrawGrid();
-    port.SetBusy(false);
     return {};
   }
 
@@ -174,9 +190,6 @@ ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& p
     model.Comment.clear();
     ClearPositions(model);
     model.Modified = 0;
-    port.RedrawGrid();
-    port.RefreshPuzzleInfo();
-    port.SetBusy(false);
     return {"", true};
   }
 
@@ -193,14 +206,10 @@ ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& p
   model.UndoList.clear();
   model.SolutionList.clear();
   model.SolverBusy = false;
-  port.RedrawGrid();
-  port.RefreshPuzzleInfo();
-  port.SetBusy(false);
   return {"#" + std::to_string(model.RecordNumber) + " " + comment, false};
 }
 
-bool WritePuzzle(const PuzzleModel& model, WindowPort& port, const std::string& comment,
-                 int number, const std::string& path) {
+bool AppendPuzzle(const PuzzleModel& model, const std::string& comment, int number, const std::string& path) {
   int clues = 0;
   for (int k = 0; k <= model.LastPosition; ++k) {
     if (NumericValue(model.PosText[k]) > 0) ++clues;
@@ -220,14 +229,11 @@ bool WritePuzzle(const PuzzleModel& model, WindowPort& port, const std::string& 
     }
     record.Line(line);
   }
-  if (AppendToFile(path, record.Text())) return true;
-  port.ShowMessage("Error writing puzzle#" + Str(number) + " to file: " + path);
-  return false;
+  return AppendToFile(path, record.Text());
 }
 
-bool WritePuzzleWithSolutions(const PuzzleModel& model, WindowPort& port,
-                              const std::string& comment, int firstNumber,
-                              const std::string& path) {
+bool AppendPuzzleWithSolutions(const PuzzleModel& model, const std::string& comment, int firstNumber,
+                               const std::string& path) {
   // The older format's row table: room for layout rows 1..9 only.
   constexpr int kRowTableSize = 10;
   std::array<std::string, kRowTableSize> puzzleLines;
@@ -265,9 +271,7 @@ bool WritePuzzleWithSolutions(const PuzzleModel& model, WindowPort& port,
       records.Line(puzzleLines[static_cast<std::size_t>(row)] + "|" + part);
     }
   }
-  ok = AppendToFile(path, records.Text()) && ok;
-  if (!ok) port.ShowMessage("Error writing puzzle to file: " + path);
-  return ok;
+  return AppendToFile(path, records.Text()) && ok;
 }
 
 }  // namespace qm

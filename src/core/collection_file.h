@@ -11,12 +11,31 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/puzzle_model.h"
 #include "core/text_file.h"
-#include "core/window_port.h"
 
 namespace qm {
+
+// A record's size line in its three forms: "N signs clues", "N signs" (clues counted
+// when the grid is read), or the older one-field form "signs" of a 5x5 puzzle.
+struct SizeLine {
+  int gridSize = 5;
+  int signs = 0;
+  int clues = -1;  // -1 when the line carries no clue count
+};
+SizeLine ParseSizeLine(std::string_view line);
+
+// What the list of all puzzles shows of one record, read without loading the puzzle.
+struct RecordSummary {
+  int size = 0;
+  int signs = 0;
+  int clues = -1;       // -1: the size line carries no clue count
+  std::string comment;  // the whole comment line, as in the file (code page 1252)
+};
+// The records of a collection file in file order; empty for a missing file.
+std::vector<RecordSummary> ReadRecordSummaries(const std::string& path);
 
 // Records in the file: lines that begin with "#" followed by a number above 0.
 // 0 for a missing or empty file.
@@ -38,8 +57,9 @@ struct ReadResult {
 
 // Loads puzzle n (1-based) of the file at `path` into the model. n = -1 only clears the
 // grid. A missing record, a size outside 3..9 or any read failure leaves the grid empty
-// and reports notFound; the file is only ever read.
-ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& path, int n);
+// and reports notFound; the file is only ever read. (ReadPuzzle is the command that
+// also shows it.)
+ReadResult LoadPuzzle(PuzzleModel& model, const std::string& path, int n);
 
 // A comment that begins with "#" would read back as a record line and shift every
 // record after it: titles and descriptions are refused with this message.
@@ -50,17 +70,14 @@ inline constexpr std::string_view kCommentRecordMessage =
 // The message every command shows when puzzle n cannot be read from `path`.
 std::string ReadErrorMessage(int n, const std::string& path);
 
-// Appends the current puzzle as one record numbered `number`. On failure shows
-// "Error writing puzzle# N to file: path" and returns false.
-bool WritePuzzle(const PuzzleModel& model, WindowPort& port, const std::string& comment,
-                 int number, const std::string& path);
+// Appends the current puzzle as one record numbered `number`; false on failure.
+bool AppendPuzzle(const PuzzleModel& model, const std::string& comment, int number, const std::string& path);
 
 // Appends the current puzzle once per entry of SolutionList, numbered from
 // `firstNumber`. Keeps the older 5x5 format: the size line carries only the signs, and
-// layout rows past 9 cannot be written, so puzzles above 5x5 stop with
-// "Error writing puzzle to file: path" after the lines already written.
-bool WritePuzzleWithSolutions(const PuzzleModel& model, WindowPort& port,
-                              const std::string& comment, int firstNumber,
-                              const std::string& path);
+// layout rows past 9 cannot be written, so puzzles above 5x5 fail after the lines
+// already written.
+bool AppendPuzzleWithSolutions(const PuzzleModel& model, const std::string& comment, int firstNumber,
+                               const std::string& path);
 
 }  // namespace qm

@@ -3,6 +3,8 @@
 #include <chrono>
 #include <stdexcept>
 
+#include "core/text_file.h"
+
 namespace qm {
 
 PuzzleModel::PuzzleModel()
@@ -73,6 +75,10 @@ PositionKind KindOf(const PuzzleModel& model, int k) {
   if (oddRow) return PositionKind::HorizontalSign;
   if (oddCol) return PositionKind::VerticalSign;
   return PositionKind::Corner;
+}
+
+std::string ApplicationDirectoryOf(const PuzzleModel& model) {
+  return model.AppDir.empty() ? ApplicationDirectory() : model.AppDir;
 }
 
 }  // namespace qm

@@ -76,11 +76,8 @@ struct PuzzleModel {
   std::vector<std::string> UndoList;
   bool SolverBusy = false;
 
-  // Solver state, shared by the techniques, the driver and the commands that pace them.
+  // Solver state, shared by the techniques and the driver.
   int ChangeCount = 0;         // candidate strings replaced in the current sweep
-  std::int16_t StepMode = 0;   // -1 while every change is explained and paced
-  std::int16_t StepGo = 0;     // -1 once the user (or the pacing timer) says go on
-  int CancelRequest = kNo;     // kYes once the user asked to cancel; cleared by commands
   int PacingInterval = 4000;   // milliseconds between paced steps, 10..20000
   std::string SavedCandidates;  // snapshot taken before an auto-solve
   std::string ViewSnapshot;     // the texts put back when the shown solution is hidden
@@ -112,6 +109,10 @@ inline bool IsSignSlot(const PuzzleModel& model, int k) {
 void SeedRandom(PuzzleModel& model, std::uint64_t seed);
 // A uniform random number in [0, 1) from the model's generator.
 double RandomUniform(PuzzleModel& model);
+
+// The model's AppDir, or the program's directory when the model was made without one:
+// where the choosers start and the shipped files are looked for.
+std::string ApplicationDirectoryOf(const PuzzleModel& model);
 
 // Position of puzzle cell (i, j), 1-based cell coordinates.
 inline int CellPosition(const PuzzleModel& model, int i, int j) {

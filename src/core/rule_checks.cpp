@@ -110,16 +110,4 @@ VerifyOutcome VerifyGrid(const PuzzleModel& model) {
   return {std::string(grid.result == kSolved ? kVerifiedSolved : kVerifiedUnfinished), -1};
 }
 
-void Verify(const PuzzleModel& model, WindowPort& port) {
-  const VerifyOutcome outcome = VerifyGrid(model);
-  if (outcome.errorPosition < 0) {
-    port.ShowMessage(outcome.text);
-    return;
-  }
-  const CellColour previous = port.ColourOf(outcome.errorPosition);
-  port.ColourPosition(outcome.errorPosition, CellColour::Error);
-  port.ShowMessage(outcome.text);
-  port.ColourPosition(outcome.errorPosition, previous);
-}
-
 }  // namespace qm

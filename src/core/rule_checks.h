@@ -1,10 +1,9 @@
-// The two checks of the shown grid, and the Verify command built on them.
+// The two checks of the shown grid, and what Verify makes of them.
 #pragma once
 
 #include <string>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
 
 namespace qm {
 
@@ -37,9 +36,5 @@ struct VerifyOutcome {
 };
 
 VerifyOutcome VerifyGrid(const PuzzleModel& model);
-
-// The Verify command: shows the outcome; a faulty position is painted in the error
-// colour while its message is on screen.
-void Verify(const PuzzleModel& model, WindowPort& port);
 
 }  // namespace qm

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -28,6 +29,12 @@ class LineReader {
   bool IsOpen() const { return file_ != nullptr; }
   // The next line into `line`; false at the end of the file or on a read error.
   bool ReadLine(std::string& line);
+  // The same, as a view of a line kept inside the reader until the next read.
+  bool Next(std::string_view& line) {
+    if (!ReadLine(current_)) return false;
+    line = current_;
+    return true;
+  }
   // True once a read failed for another reason than the end of the file.
   bool Failed() const { return failed_; }
 
@@ -40,6 +47,7 @@ class LineReader {
   std::size_t end_ = 0;
   bool eof_ = false;
   bool failed_ = false;
+  std::string current_;
 };
 
 // Collects lines and writes them with CR LF endings.

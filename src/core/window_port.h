@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "core/run_hooks.h"
+
 namespace qm {
 
 enum class ChooserMode { Open, Save };
@@ -15,18 +17,6 @@ struct FileChoice {
   std::string description;  // such as "Quillmere Files"
   std::string directory;    // where the chooser starts
   ChooserMode mode = ChooserMode::Open;
-};
-
-// One explained change of a paced solve: the explanation line, the cell it changes
-// (target), a second cell involved or -1, the new text as the step shows it, and the
-// layout row and column to highlight or -1.
-struct SolveStep {
-  std::string line;
-  int target = -1;
-  int second = -1;
-  std::string text;
-  int row = -1;
-  int col = -1;
 };
 
 // The background roles a position can be painted in; the colour scheme decides the
@@ -56,8 +46,12 @@ class WindowPort {
   // Lets pending user events through from inside a long loop (cancel, pacing keys).
   virtual void ProcessEvents() = 0;
   // Sleeps until at least one user or timer event has come, then handles it: the wait
-  // for the first go-ahead of a paced solve must not burn a core.
-  virtual void WaitForEvents() { ProcessEvents(); }
+  // for a go-ahead of a paced solve must not burn a core. False from a port that has no
+  // user to wait for (it only lets pending work through): a wait would never end.
+  virtual bool WaitForEvents() {
+    ProcessEvents();
+    return false;
+  }
   // The one-shot pacing timer: enabled or not, and its interval in milliseconds.
   virtual void SetPacingTimer(bool enabled, int intervalMs) = 0;
 
@@ -66,9 +60,11 @@ class WindowPort {
   // Draws `text` (a model text, in the files' code page) at position k without changing
   // the model, until k is redrawn.
   virtual void ShowCellText(int k, const std::string& text) = 0;
-  // Presents one explained change and returns when the user or the pacing timer says
-  // go on (or the paced solve was cancelled); the caller then stores the new text.
+  // Presents one explained change of a paced solve (its line lit, its explanation in
+  // the status line) while the run waits for the go-on.
   virtual void ShowStep(const SolveStep& step) = 0;
+  // Takes the step off the screen and draws the changed cell's new text.
+  virtual void EndStep(const SolveStep& step) { (void)step; }
   virtual void ColourPosition(int k, CellColour colour) = 0;
   virtual CellColour ColourOf(int k) const = 0;
   // Redraws the whole grid from the model (the size may have changed).

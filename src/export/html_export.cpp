@@ -85,8 +85,9 @@ std::vector<std::string> DefaultTemplateDirectories(const PuzzleModel& model) {
   return {"", ApplicationDirectoryOf(model)};
 }
 
-bool BuildHtmlPage(const PuzzleModel& model, WindowPort& port, const std::string& description,
-                   const std::vector<std::string>& templateDirectories, std::string& page) {
+bool BuildHtmlPage(const PuzzleModel& model, const std::function<bool()>& withSolution,
+                   const std::string& description, const std::vector<std::string>& templateDirectories,
+                   std::string& page) {
   const std::string name = HtmlTemplateName(model.GridSize);
   if (name.empty()) return false;
   std::string path;
@@ -105,22 +106,12 @@ bool BuildHtmlPage(const PuzzleModel& model, WindowPort& port, const std::string
   PageFiller filler(model, source, description);
   if (!filler.CopyTable(false)) return false;
   filler.Line(kTableEnd);
-  if (port.AskYesNo("Save Solution also?") && !filler.CopyTable(true)) return false;
+  if (withSolution() && !filler.CopyTable(true)) return false;
   filler.Line(kTableEnd);
   filler.Line("</body>");
   filler.Line("</html>");
   page = filler.Text();
   return true;
-}
-
-CommandResult SaveHtmlFile(const PuzzleModel& model, WindowPort& port,
-                           const std::vector<std::string>& templateDirectories) {
-  return RunSaveCommand(model, port, {"*.htm", "Html Files", "Puzzle saved as Html File:"},
-                        [&](const std::string& path) {
-                          std::string page;
-                          return BuildHtmlPage(model, port, model.Comment, templateDirectories, page) &&
-                                 WriteWholeFile(path, page);
-                        });
 }
 
 }  // namespace qm

@@ -11,8 +11,7 @@
 #include <vector>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
-#include "export/save_command.h"
+#include <functional>
 
 namespace qm {
 
@@ -23,14 +22,11 @@ std::string HtmlTemplateName(int n);
 // the application directory.
 std::vector<std::string> DefaultTemplateDirectories(const PuzzleModel& model);
 
-// Fills the template of the model's size into a page, asking "Save Solution also?"
-// once the puzzle table is done. False when no template could be read.
-bool BuildHtmlPage(const PuzzleModel& model, WindowPort& port, const std::string& description,
-                   const std::vector<std::string>& templateDirectories, std::string& page);
-
-// Writes the page of the current puzzle (its comment as the description) through the
-// save pattern; a missing template ends in "Error writing to file: NAME".
-CommandResult SaveHtmlFile(const PuzzleModel& model, WindowPort& port,
-                           const std::vector<std::string>& templateDirectories);
+// Fills the template of the model's size into a page; `withSolution` is asked once the
+// puzzle table is done whether the solution table follows. False when no template
+// could be read.
+bool BuildHtmlPage(const PuzzleModel& model, const std::function<bool()>& withSolution,
+                   const std::string& description, const std::vector<std::string>& templateDirectories,
+                   std::string& page);
 
 }  // namespace qm

@@ -73,10 +73,4 @@ std::string TextDrawing(const PuzzleModel& model, const std::string& description
   return out.Text();
 }
 
-CommandResult mnusavetxt(const PuzzleModel& model, WindowPort& port) {
-  const std::string drawing = TextDrawing(model, model.Comment, model.CurrentPuzzle);
-  return RunSaveCommand(model, port, {"*.txt", "Text Files", "Puzzle saved as text file:"},
-                        [&drawing](const std::string& path) { return WriteWholeFile(path, drawing); });
-}
-
 }  // namespace qm

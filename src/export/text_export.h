@@ -5,8 +5,6 @@
 #include <string>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
-#include "export/save_command.h"
 
 namespace qm {
 
@@ -22,9 +20,5 @@ std::string GridRowLine(const PuzzleModel& model, int r, bool solution);
 // line and the footer, every line ended by CR LF. `description` is written as it stands
 // (Windows-1252 bytes).
 std::string TextDrawing(const PuzzleModel& model, const std::string& description, int number);
-
-// Puzzle -> "Save As" -> "Text File": the drawing of the current puzzle (its ordinal and
-// its comment) through the save pattern.
-CommandResult mnusavetxt(const PuzzleModel& model, WindowPort& port);
 
 }  // namespace qm

@@ -60,11 +60,4 @@ bool WriteXlsFile(const PuzzleModel& model, const std::string& description, int 
   return sheet.CloseFile() == ExcelFile::kOk;
 }
 
-CommandResult mnusavexls(const PuzzleModel& model, WindowPort& port) {
-  return RunSaveCommand(model, port, {"*.xls", "Excel Files", "Puzzle saved as XLS File:"},
-                        [&model](const std::string& path) {
-                          return WriteXlsFile(model, model.Comment, model.CurrentPuzzle, path);
-                        });
-}
-
 }  // namespace qm

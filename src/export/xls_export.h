@@ -5,8 +5,6 @@
 #include <string>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
-#include "export/save_command.h"
 
 namespace qm {
 
@@ -14,9 +12,5 @@ namespace qm {
 // Records that fail are skipped as the writer reports them; false only when the file
 // could not be created or completed.
 bool WriteXlsFile(const PuzzleModel& model, const std::string& description, int number, const std::string& path);
-
-// Puzzle -> "Save As" -> "XLS File": the worksheet of the current puzzle (its ordinal
-// and its comment) through the save pattern.
-CommandResult mnusavexls(const PuzzleModel& model, WindowPort& port);
 
 }  // namespace qm

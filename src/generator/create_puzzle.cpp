@@ -14,7 +14,6 @@ namespace {
 
 constexpr int kMaxAttempts = 100;
 
-bool CancelRequested(const PuzzleModel& model) { return model.CancelRequest == kYes; }
 
 bool IsSign(const std::string& text) {
   return text.size() == 1 && (text[0] == '<' || text[0] == '>' || text[0] == '^' || text[0] == 'v');
@@ -31,9 +30,9 @@ void BlankNonClueCells(PuzzleModel& model) {
   }
 }
 
-bool LogicSolves(PuzzleModel& model, WindowPort& port) {
+bool LogicSolves(PuzzleModel& model, RunHooks& run) {
   PrepareCandidates(model);
-  return SolveByLogic(model, port).status == kSolved;
+  return SolveByLogic(model, run).status == kSolved;
 }
 
 void MakeClue(PuzzleModel& model, int k) { model.GivenValue[k] = IntegerValue(model.PosText[k]); }
@@ -79,9 +78,9 @@ int CountSigns(const PuzzleModel& model) {
   return signs;
 }
 
-int Cancelled(PuzzleModel& model, WindowPort& port, Generator& generator) {
+int Cancelled(PuzzleModel& model, RunHooks& run, Generator& generator) {
   model.SolverBusy = false;
-  for (int k = 0; k <= model.LastPosition; ++k) port.ShowCellText(k, "");
+  run.BlankDisplay();
   generator.GenerationResult = -1;
   return generator.GenerationResult;
 }
@@ -130,16 +129,16 @@ void ShuffleCellOrder(PuzzleModel& model, Generator& generator) {
   }
 }
 
-bool ReduceSigns(PuzzleModel& model, WindowPort& port, const SignQueue& queue,
+bool ReduceSigns(PuzzleModel& model, RunHooks& run, const SignQueue& queue,
                  PerPosition<std::string> snapshot) {
   for (const std::string& entry : queue) {
-    port.ProcessEvents();
-    if (CancelRequested(model)) return false;
+    run.Yield();
+    if (run.Cancelled()) return false;
     BlankNonClueCells(model);
     const int slot = QueuedPosition(entry);
     std::string sign = std::move(model.PosText[slot]);
     model.PosText[slot].clear();
-    if (LogicSolves(model, port)) {
+    if (LogicSolves(model, run)) {
       snapshot = model.PosText;  // the solved cells come along
     } else {
       model.PosText[slot] = std::move(sign);
@@ -149,8 +148,8 @@ bool ReduceSigns(PuzzleModel& model, WindowPort& port, const SignQueue& queue,
   return true;
 }
 
-int CreatePuzzle(PuzzleModel& model, WindowPort& port, Generator& generator) {
-  model.CancelRequest = kNo;
+int CreatePuzzle(PuzzleModel& model, RunHooks& run, Generator& generator) {
+  run.ClearCancel();
   SetUpCellOrder(generator, model.GridSize);
   PerPosition<std::string> solved;
   for (int attempt = 1;; ++attempt) {
@@ -158,25 +157,25 @@ int CreatePuzzle(PuzzleModel& model, WindowPort& port, Generator& generator) {
       generator.GenerationResult = -1;
       return generator.GenerationResult;
     }
-    if (CancelRequested(model)) return Cancelled(model, port, generator);
-    port.ProcessEvents();
+    if (run.Cancelled()) return Cancelled(model, run, generator);
+    run.Yield();
     BuildSolution(model, generator.Queue);
     generator.ClueCount = ChooseClues(model, generator);
     BlankNonClueCells(model);
-    const bool solves = LogicSolves(model, port);
-    port.ProcessEvents();
+    const bool solves = LogicSolves(model, run);
+    run.Yield();
     if (solves) {
       // Reduction starts from the solved grid, so the solution store is complete even
       // when no sign can go.
       solved = model.PosText;
       BlankNonClueCells(model);
-      port.RedrawGrid();
+      run.GridChanged();
       break;
     }
   }
 
-  if (!ReduceSigns(model, port, generator.Queue, std::move(solved)) || CancelRequested(model)) {
-    return Cancelled(model, port, generator);
+  if (!ReduceSigns(model, run, generator.Queue, std::move(solved)) || run.Cancelled()) {
+    return Cancelled(model, run, generator);
   }
   generator.SignCount = CountSigns(model);
   generator.GenerationResult = kSolved;
@@ -185,7 +184,7 @@ int CreatePuzzle(PuzzleModel& model, WindowPort& port, Generator& generator) {
   BlankNonClueCells(model);
   model.ConstraintCount = generator.SignCount;
   model.ClueCount = generator.ClueCount;
-  port.RedrawGrid();
+  run.GridChanged();
   return generator.GenerationResult;
 }
 

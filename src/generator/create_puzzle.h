@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
+#include "core/run_hooks.h"
 #include "generator/solution_builder.h"
 
 namespace qm {
@@ -62,13 +62,13 @@ void ShuffleCellOrder(PuzzleModel& model, Generator& generator);
 // Tries the queued signs one at a time, in queue order, keeping a removal while the
 // logic solve still finishes; each sign is tried once. `snapshot` is the texts to come
 // back to, replaced after every kept removal. False when cancelled.
-bool ReduceSigns(PuzzleModel& model, WindowPort& port, const SignQueue& queue,
+bool ReduceSigns(PuzzleModel& model, RunHooks& run, const SignQueue& queue,
                  PerPosition<std::string> snapshot);
 
 // Makes one puzzle of the model's size: up to 100 attempts of solution and clues, then
 // ReduceSigns. On success (99) the model holds the clues and the kept signs, every
 // other cell blank, and SolutionText the solved grid; ConstraintCount and ClueCount
 // take the results. Returns GenerationResult.
-int CreatePuzzle(PuzzleModel& model, WindowPort& port, Generator& generator);
+int CreatePuzzle(PuzzleModel& model, RunHooks& run, Generator& generator);
 
 }  // namespace qm

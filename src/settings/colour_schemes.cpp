@@ -34,8 +34,8 @@ std::vector<std::string> SchemeList(const std::string& appDir) {
   return list;
 }
 
-int LoadScheme(PuzzleModel& model, ColourTable& table, WindowPort& port, const std::string& name) {
-  LineReader file(SchemePath(model.AppDir));
+bool ReadScheme(const std::string& appDir, ColourTable& table, const std::string& name) {
+  LineReader file(SchemePath(appDir));
   std::string line;
   bool found = false;
   while (!found && file.ReadLine(line)) found = line == name;
@@ -58,17 +58,7 @@ int LoadScheme(PuzzleModel& model, ColourTable& table, WindowPort& port, const s
     }
     table.colour[static_cast<std::size_t>(i)] = MakeRgb(Component(fields[0]), Component(fields[1]), Component(fields[2]));
   }
-  if (found) return 1;
-  port.ShowMessage("Color Scheme: " + name + " not found");
-  model.SchemeFile = "default.col";
-  return 0;
-}
-
-int SelectScheme(PuzzleModel& model, ColourTable& table, WindowPort& port, const std::string& listText) {
-  const std::string name = listText + ".col";
-  const int loaded = LoadScheme(model, table, port, name);
-  model.SchemeFile = name;
-  return loaded;
+  return found;
 }
 
 Rgb PositionBackground(const PuzzleModel& model, const ColourTable& table, int k) {

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
 
 namespace qm {
 
@@ -54,14 +53,9 @@ inline constexpr int kErrorColour = 13;
 // the part before it.
 std::vector<std::string> SchemeList(const std::string& appDir);
 
-// Loads the scheme `name` into the table. On failure shows "Color Scheme: " + name +
-// " not found", makes "default.col" the scheme in use and returns 0; colours read
-// before the failure stay. 1 when loaded.
-int LoadScheme(PuzzleModel& model, ColourTable& table, WindowPort& port, const std::string& name);
-
-// Choosing a scheme from the list: loads `listText` + ".col"; that name becomes the
-// scheme in use even when it could not be loaded.
-int SelectScheme(PuzzleModel& model, ColourTable& table, WindowPort& port, const std::string& listText);
+// Reads the scheme `name` of the application directory's "all.col" into the table;
+// false when it is not there whole (colours read before the fault stay).
+bool ReadScheme(const std::string& appDir, ColourTable& table, const std::string& name);
 
 // The background of position k: colour 2, or colour 5 for cells while cell colouring
 // is on.

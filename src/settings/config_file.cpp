@@ -12,13 +12,14 @@ namespace {
 
 std::string ConfigPath(const PuzzleModel& model) { return model.AppDir + std::string(kConfigFileName); }
 
-std::string Unreachable(const PuzzleModel& model, std::string_view consequence) {
+}  // namespace
+
+std::string SettingsUnreachableMessage(const PuzzleModel& model, std::string_view consequence) {
   return "Configuration file:" + std::string(kLineBreak) + ConfigPath(model) + std::string(kLineBreak) +
          "could not be accessed, " + std::string(consequence);
 }
 
-// Reads lines 1 to 5 into the model; false at the first line that is missing.
-bool ReadLines(PuzzleModel& model) {
+bool ReadSettingsFile(PuzzleModel& model) {
   LineReader file(ConfigPath(model));
   std::string line;
   if (!file.IsOpen() || !file.ReadLine(line)) return false;  // the time stamp, ignored
@@ -34,8 +35,6 @@ bool ReadLines(PuzzleModel& model) {
   return !file.Failed();
 }
 
-}  // namespace
-
 std::string SettingsTimeStamp(std::time_t now) {
   std::tm local{};
   localtime_r(&now, &local);
@@ -44,9 +43,7 @@ std::string SettingsTimeStamp(std::time_t now) {
   return text;
 }
 
-void ReadSettings(PuzzleModel& model, WindowPort& port, std::time_t now) {
-  if (ReadLines(model)) return;
-  port.ShowMessage(Unreachable(model, "new file will be created"));
+bool WriteDefaultSettings(PuzzleModel& model, std::time_t now) {
   model.SchemeFile = "default.col";
   model.CellColouring = kNo;
   TextBuilder defaults;
@@ -55,11 +52,10 @@ void ReadSettings(PuzzleModel& model, WindowPort& port, std::time_t now) {
       .Line(Str(model.CellColouring))
       .Line(model.AppDir + "puzzles.fut")
       .Line(std::to_string(kDefaultPaceMs));
-  // A file that cannot be created either is reported again at Exit.
-  ReplaceFileWith(ConfigPath(model), defaults.Text());
+  return ReplaceFileWith(ConfigPath(model), defaults.Text());
 }
 
-void WriteSettings(const PuzzleModel& model, WindowPort& port, std::time_t now) {
+bool WriteSettingsFile(const PuzzleModel& model, std::time_t now) {
   // Reading clamps an interval out of range; writing replaces it with the default.
   const int pace = model.PacingInterval < kMinPace || model.PacingInterval > kMaxPace ? kDefaultPaceMs
                                                                                       : model.PacingInterval;
@@ -69,9 +65,7 @@ void WriteSettings(const PuzzleModel& model, WindowPort& port, std::time_t now) 
       .Line(Str(model.CellColouring))
       .Line(model.CurrentFile)
       .Line(std::to_string(pace));
-  if (!ReplaceFileWith(ConfigPath(model), settings.Text())) {
-    port.ShowMessage(Unreachable(model, "options not saved"));
-  }
+  return ReplaceFileWith(ConfigPath(model), settings.Text());
 }
 
 }  // namespace qm

@@ -9,9 +9,9 @@
 
 #include <ctime>
 #include <string>
+#include <string_view>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
 
 namespace qm {
 
@@ -20,14 +20,17 @@ inline constexpr int kMinPace = 10;
 inline constexpr int kMaxPace = 20000;
 inline constexpr int kDefaultPaceMs = 4000;
 
-// Reads the settings into the model at start-up. A missing, unreadable or short file
-// is reported and written anew with the defaults; what was read before the fault stays
-// for the collection path and the pace, the scheme and the cell colouring go back to
-// their defaults.
-void ReadSettings(PuzzleModel& model, WindowPort& port, std::time_t now = std::time(nullptr));
+// Reads the settings into the model; false at the first line that is missing (what was
+// read before it stays).
+bool ReadSettingsFile(PuzzleModel& model);
+// Puts the scheme and the cell colouring back to their defaults and writes the file
+// anew with them; false when it cannot be written.
+bool WriteDefaultSettings(PuzzleModel& model, std::time_t now);
+// Writes the settings; false when the file cannot be written.
+bool WriteSettingsFile(const PuzzleModel& model, std::time_t now);
 
-// Writes the settings at Exit; a failure is reported and the exit goes on.
-void WriteSettings(const PuzzleModel& model, WindowPort& port, std::time_t now = std::time(nullptr));
+// "Configuration file:", the path and "could not be accessed, " + consequence.
+std::string SettingsUnreachableMessage(const PuzzleModel& model, std::string_view consequence);
 
 // "month-day-year hours:minutes:seconds" in local time, as line 1 holds it.
 std::string SettingsTimeStamp(std::time_t now);

@@ -127,14 +127,6 @@ CellLook CellTextLook(std::string_view text) {
   return {std::string(t.substr(0, 5)) + "\n" + std::string(t.substr(5)), false, kCandidatePoints};
 }
 
-void ShowCellText(WindowPort& port, int k, std::string_view text) {
-  port.ShowCellText(k, std::string(Trim(text)));
-}
-
-void ShowAllPositions(const PuzzleModel& model, WindowPort& port) {
-  for (int k = 0; k <= model.LastPosition; ++k) ShowCellText(port, k, model.PosText[k]);
-}
-
 std::string CellCandidates(const PuzzleModel& model, int cell) {
   std::string s = model.PosText[cell].empty() ? model.AllDigits : model.PosText[cell];
   const int row = model.RowOf[cell];
@@ -160,7 +152,7 @@ std::string CellCandidates(const PuzzleModel& model, int cell) {
   return s;
 }
 
-int CheckSignEntry(const PuzzleModel& model, WindowPort& port, int p, char sign) {
+std::string SignEntryError(const PuzzleModel& model, int p, char sign) {
   const bool vertical = KindOf(model, p) == PositionKind::VerticalSign;
   const int before = vertical ? model.UpOf[p] : model.LeftOf[p];
   const int after = vertical ? model.DownOf[p] : model.RightOf[p];
@@ -169,31 +161,14 @@ int CheckSignEntry(const PuzzleModel& model, WindowPort& port, int p, char sign)
   const int n = model.GridSize;
   // Both directions share the extreme-digit tests, and ">" reports "< error" as well.
   const bool extremesFine = a != n && b != 1;
-  bool accepted = false;
-  std::string error;
-  switch (sign) {
-    case '<':
-      accepted = extremesFine && (a == 0 || a <= b);
-      error = "< error";
-      break;
-    case '>':
-      accepted = extremesFine && (b == 0 || b <= a);
-      error = "< error";
-      break;
-    case '^':
-      accepted = extremesFine && (a == 0 || a <= b);
-      error = "^ error";
-      break;
-    case 'v':
-      accepted = extremesFine && (b == 0 || b <= a);
-      error = "v error";
-      break;
-    default:
-      error = "< error";
-  }
-  if (accepted) return p;
-  port.SetStatusLine(error);
-  return -1;
+  // "<" and "^" want the digit before at most the one after; ">" and "v" the other way.
+  const bool ascending = sign == '<' || sign == '^';
+  const bool known = ascending || sign == '>' || sign == 'v';
+  const int low = ascending ? a : b;
+  const int high = ascending ? b : a;
+  const bool accepted = known && extremesFine && (low == 0 || low <= high);
+  const std::string error = sign == '^' ? "^ error" : sign == 'v' ? "v error" : "< error";
+  return accepted ? std::string() : error;
 }
 
 std::string CheckCellEntry(const PuzzleModel& model, int cell) {

@@ -7,7 +7,6 @@
 #include <string_view>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
 
 namespace qm {
 
@@ -35,18 +34,13 @@ struct CellLook {
 };
 CellLook CellTextLook(std::string_view text);
 
-// Draws `text` (trimmed of blanks) at position k.
-void ShowCellText(WindowPort& port, int k, std::string_view text);
-// Draws every position from the model.
-void ShowAllPositions(const PuzzleModel& model, WindowPort& port);
-
 // The digits a cell can take, given the fixed digits of its row and column and its
 // four signs. A cell that shows a digit gets "" (its own digit removes itself).
 std::string CellCandidates(const PuzzleModel& model, int cell);
 
-// Placing `sign` at position p: returns p when accepted, or -1 after showing the error
-// ("< error", "^ error", "v error") in the status line.
-int CheckSignEntry(const PuzzleModel& model, WindowPort& port, int p, char sign);
+// Placing `sign` at position p: "" when accepted, else the error ("< error", "^ error",
+// "v error") the status line shows.
+std::string SignEntryError(const PuzzleModel& model, int p, char sign);
 
 // The candidates of a cell, or the first rule its own digit breaks.
 std::string CheckCellEntry(const PuzzleModel& model, int cell);

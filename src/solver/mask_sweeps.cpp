@@ -1,6 +1,9 @@
 #include "solver/mask_sweeps.h"
 
+#include <array>
 #include <bit>
+
+#include "solver/technique_table.h"
 
 namespace qm {
 
@@ -51,20 +54,32 @@ bool Awake(MaskGrid& g, int line, std::uint8_t technique) {
   return true;
 }
 
-int RemoveSingles(MaskGrid& g) {
+// Visits every line the technique may find something in, with its cells' masks: `visit`
+// is handed the line, its cells and their masks as they were when the visit began.
+template <class Visit>
+void ForEachAwakeLine(MaskGrid& g, std::uint8_t technique, Visit&& visit) {
+  for (int line = 0; line < 2 * g.n; ++line) {
+    if (!Awake(g, line, technique)) continue;
+    const auto& cells = g.line[static_cast<std::size_t>(line)];
+    std::array<Mask, kMaxGridSize> masks{};
+    for (int i = 0; i < g.n; ++i) masks[static_cast<std::size_t>(i)] = g.cell[cells[static_cast<std::size_t>(i)]];
+    visit(line, cells, masks);
+  }
+}
+
+}  // namespace
+
+int RemoveSinglesOnMasks(MaskGrid& g) {
   int changes = 0;
   bool fixedAny = true;
   while (fixedAny) {
     fixedAny = false;
-    for (int line = 0; line < 2 * g.n; ++line) {
-      if (!Awake(g, line, kSinglesLine)) continue;
-      const auto& cells = g.line[static_cast<std::size_t>(line)];
+    ForEachAwakeLine(g, kSinglesLine, [&](int line, const auto& cells, const auto& masks) {
       Mask singles = 0;
       for (int i = 0; i < g.n; ++i) {
-        const Mask m = g.cell[cells[static_cast<std::size_t>(i)]];
-        if (Fixed(m)) singles |= m;
+        if (Fixed(masks[static_cast<std::size_t>(i)])) singles |= masks[static_cast<std::size_t>(i)];
       }
-      if (singles == 0) continue;
+      if (singles == 0) return;
       bool fixedHere = false;
       for (int i = 0; i < g.n; ++i) {
         const int c = cells[static_cast<std::size_t>(i)];
@@ -78,12 +93,12 @@ int RemoveSingles(MaskGrid& g) {
       // Without a new single the line is clean: every other cell lost the singles.
       if (!fixedHere) Asleep(g, line, kSinglesLine);
       fixedAny = fixedAny || fixedHere;
-    }
+    });
   }
   return changes;
 }
 
-int OrderPropagate(MaskGrid& g) {
+int OrderPropagateOnMasks(MaskGrid& g) {
   int changes = 0;
   for (int r = 0; r < g.relations; ++r) {
     const int gc = g.relation[static_cast<std::size_t>(r)][0];
@@ -112,21 +127,19 @@ int OrderPropagate(MaskGrid& g) {
   return changes;
 }
 
-int HiddenSingle(MaskGrid& g) {
+int HiddenSingleOnMasks(MaskGrid& g) {
   int changes = 0;
   const Mask digits = static_cast<Mask>(Bit(g.n + 1) - 2);
-  for (int line = 0; line < 2 * g.n; ++line) {
-    if (!Awake(g, line, kHiddenLine)) continue;
-    const auto& cells = g.line[static_cast<std::size_t>(line)];
+  ForEachAwakeLine(g, kHiddenLine, [&](int, const auto& cells, const auto& masks) {
     Mask once = 0;
     Mask more = 0;
     for (int i = 0; i < g.n; ++i) {
-      const Mask m = g.cell[cells[static_cast<std::size_t>(i)]];
+      const Mask m = masks[static_cast<std::size_t>(i)];
       more |= once & m;
       once |= m;
     }
     const Mask unique = static_cast<Mask>(once & ~more & digits);
-    if (unique == 0) continue;
+    if (unique == 0) return;
     // Each unique digit has one cell; where a cell holds several, the lowest digit,
     // taken first, wins.
     for (int i = 0; i < g.n; ++i) {
@@ -139,23 +152,23 @@ int HiddenSingle(MaskGrid& g) {
       Set(g, c, lowest);
       ++changes;
     }
-  }
+  });
   return changes;
 }
 
 // For ascending digit strings of one length, the string order: the one holding the
 // lowest digit where they differ comes first.
+namespace {
+
 bool Before(Mask a, Mask b) { return a != b && (a & (a ^ b) & -(a ^ b)) != 0; }
 
 int NakedSet(MaskGrid& g, int size, std::uint8_t technique) {
   int changes = 0;
-  for (int line = 0; line < 2 * g.n; ++line) {
-    if (!Awake(g, line, technique)) continue;
-    const auto& cells = g.line[static_cast<std::size_t>(line)];
+  ForEachAwakeLine(g, technique, [&](int line, const auto& cells, const auto& masks) {
     Mask first = 0;
     int count = 0;
     for (int i = 0; i < g.n; ++i) {
-      const Mask m = g.cell[cells[static_cast<std::size_t>(i)]];
+      const Mask m = masks[static_cast<std::size_t>(i)];
       if (Count(m) != size) continue;
       if (count == 0 || Before(m, first)) {
         first = m;
@@ -165,7 +178,7 @@ int NakedSet(MaskGrid& g, int size, std::uint8_t technique) {
       }
     }
     // The first set in string order must occur exactly `size` times.
-    if (count != size) continue;
+    if (count != size) return;
     for (int i = 0; i < g.n; ++i) {
       const int c = cells[static_cast<std::size_t>(i)];
       const Mask m = g.cell[static_cast<std::size_t>(c)];
@@ -175,7 +188,7 @@ int NakedSet(MaskGrid& g, int size, std::uint8_t technique) {
     }
     // The set still sorts first and has nothing left to take here.
     Asleep(g, line, technique);
-  }
+  });
   return changes;
 }
 
@@ -244,21 +257,18 @@ void StoreMaskGrid(const MaskGrid& grid, PuzzleModel& model) {
   }
 }
 
+int NakedPairOnMasks(MaskGrid& grid) { return NakedSet(grid, 2, kPairLine); }
+int NakedTripleOnMasks(MaskGrid& grid) { return NakedSet(grid, 3, kTripleLine); }
+int NakedQuadOnMasks(MaskGrid& grid) { return NakedSet(grid, 4, kQuadLine); }
+
 int MaskSweep(MaskGrid& grid, std::array<int, kTechniqueCount>& changes) {
-  const auto at = [](Technique t) { return static_cast<std::size_t>(t); };
-  const int before = changes[at(Technique::RemoveSingles)] + changes[at(Technique::OrderPropagate)] +
-                     changes[at(Technique::HiddenSingle)] + changes[at(Technique::NakedPair)] +
-                     changes[at(Technique::NakedTriple)] + changes[at(Technique::NakedQuad)];
-  changes[at(Technique::RemoveSingles)] += RemoveSingles(grid);
-  changes[at(Technique::OrderPropagate)] += OrderPropagate(grid);
-  changes[at(Technique::HiddenSingle)] += HiddenSingle(grid);
-  changes[at(Technique::NakedPair)] += NakedSet(grid, 2, kPairLine);
-  changes[at(Technique::NakedTriple)] += NakedSet(grid, 3, kTripleLine);
-  changes[at(Technique::NakedQuad)] += NakedSet(grid, 4, kQuadLine);
-  const int after = changes[at(Technique::RemoveSingles)] + changes[at(Technique::OrderPropagate)] +
-                    changes[at(Technique::HiddenSingle)] + changes[at(Technique::NakedPair)] +
-                    changes[at(Technique::NakedTriple)] + changes[at(Technique::NakedQuad)];
-  return after - before;
+  int total = 0;
+  for (const SweepTechnique& technique : kSweepOrder) {
+    const int found = technique.onMasks(grid);
+    changes[static_cast<std::size_t>(technique.quiet)] += found;
+    total += found;
+  }
+  return total;
 }
 
 }  // namespace qm

@@ -44,6 +44,14 @@ bool LoadMaskGrid(const PuzzleModel& model, MaskGrid& grid);
 // Writes every cell back as its ascending digit string.
 void StoreMaskGrid(const MaskGrid& grid, PuzzleModel& model);
 
+// The quiet techniques on masks; each returns the cells it changed.
+int RemoveSinglesOnMasks(MaskGrid& grid);
+int OrderPropagateOnMasks(MaskGrid& grid);
+int HiddenSingleOnMasks(MaskGrid& grid);
+int NakedPairOnMasks(MaskGrid& grid);
+int NakedTripleOnMasks(MaskGrid& grid);
+int NakedQuadOnMasks(MaskGrid& grid);
+
 // One quiet sweep: RemoveSingles, OrderPropagate, HiddenSingle, NakedPair, NakedTriple,
 // NakedQuad. Adds each technique's changes to `changes`; returns the sweep's total.
 int MaskSweep(MaskGrid& grid, std::array<int, kTechniqueCount>& changes);

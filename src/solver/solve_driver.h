@@ -7,7 +7,7 @@
 #include <string>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
+#include "core/run_hooks.h"
 #include "solver/techniques.h"
 
 namespace qm {
@@ -19,33 +19,13 @@ struct SolveOutcome {
   std::array<int, kTechniqueCount> changes{};  // changes made by each technique
 };
 
-// Runs on prepared candidates (PrepareCandidates first). A cancel request is seen at
-// the start of each sweep and returns "Canceled" with the grid as it stands.
-SolveOutcome SolveByLogic(PuzzleModel& model, WindowPort& port);
+// Runs on prepared candidates (PrepareCandidates first). While the run explains, every
+// change is shown and paced. A cancel request is seen at the start of each sweep and
+// returns "Canceled" with the grid as it stands.
+SolveOutcome SolveByLogic(PuzzleModel& model, RunHooks& run = QuietRun());
 
 // The same solve on the texts alone, as step mode runs it. SolveByLogic sweeps on digit
 // masks when the texts allow it; this is the reference it must agree with.
-SolveOutcome SolveByLogicOnTexts(PuzzleModel& model, WindowPort& port);
-
-inline constexpr std::string_view kOutcomeDone = "Done";
-inline constexpr std::string_view kOutcomeMultiple = "This puzzle has multiple solutions";
-inline constexpr std::string_view kOutcomeInvalid = "This is not a valid puzzle";
-inline constexpr std::string_view kOutcomeSolvedAlready = "Solved already?";
-
-struct AutoSolveResult {
-  SolveOutcome solve;
-  std::string outcome;  // the message the command shows
-};
-
-// Solve -> "Auto (no pause)": prepares, solves and shows the outcome; keeps the solved
-// texts, or puts back the texts from before the command when the solve fails.
-AutoSolveResult AutoSolve(PuzzleModel& model, WindowPort& port);
-
-inline constexpr std::string_view kPacedSolvePrompt =
-    "Press SpaceBar to continue, Pause Interval: |<Max, >|Min, <larger, >smaller, ><4 secs";
-
-// Solve -> "Auto (with pause)": waits for the first go-on, then solves with every
-// change explained and paced.
-AutoSolveResult PacedAutoSolve(PuzzleModel& model, WindowPort& port);
+SolveOutcome SolveByLogicOnTexts(PuzzleModel& model, RunHooks& run = QuietRun());
 
 }  // namespace qm

@@ -42,10 +42,10 @@ SolveStep LineStep(std::string text, int target, const Line& line, std::string e
 // Replaces the text of k when it differs: one change, explained first in step mode.
 // `explain` builds the step from the new text only when it is needed.
 template <class Explain>
-bool Replace(PuzzleModel& model, WindowPort& port, int k, std::string text, Explain&& explain) {
+bool Replace(PuzzleModel& model, RunHooks& run, int k, std::string text, Explain&& explain) {
   if (model.PosText[k] == text) return false;
   ++model.ChangeCount;
-  if (model.StepMode != 0) port.ShowStep(explain(text));
+  if (run.Explaining()) run.ShowStep(explain(text));
   model.PosText[k] = std::move(text);
   return true;
 }
@@ -76,7 +76,7 @@ void ForEachCell(const PuzzleModel& model, Visit&& visit) {
 
 // Two, three or four cells of a line holding the same `size` candidates: those digits
 // leave every other cell of the line. Only the set that sorts first is looked at.
-void NakedSet(PuzzleModel& model, WindowPort& port, std::size_t size, bool rowWordingForColumns) {
+void NakedSet(PuzzleModel& model, RunHooks& run, std::size_t size, bool rowWordingForColumns) {
   ForEachLine(model, [&](const Line& line) {
     std::array<std::string, kMaxGridSize> list;
     std::size_t count = 0;
@@ -95,7 +95,7 @@ void NakedSet(PuzzleModel& model, WindowPort& port, std::size_t size, bool rowWo
     for (int i = 0; i < line.size; ++i) {
       const int k = line.cells[i];
       if (model.PosText[k] == set) continue;
-      Replace(model, port, k, StripDigits(model.PosText[k], set), [&](const std::string& text) {
+      Replace(model, run, k, StripDigits(model.PosText[k], set), [&](const std::string& text) {
         return LineStep(text, k, line,
                         std::string(rowWording ? "Row" : "Col") + Str(line.index) + " has exactly " +
                             std::to_string(size) + " incidents of candidate " + set + ", remove from cell");
@@ -108,7 +108,7 @@ void NakedSet(PuzzleModel& model, WindowPort& port, std::size_t size, bool rowWo
 
 std::string StepStatusText(const SolveStep& step) { return step.line + ", new candidate: " + step.text; }
 
-void RemoveSingles(PuzzleModel& model, WindowPort& port) {
+void RemoveSingles(PuzzleModel& model, RunHooks& run) {
   bool fixedAny = true;
   while (fixedAny) {
     fixedAny = false;
@@ -123,7 +123,7 @@ void RemoveSingles(PuzzleModel& model, WindowPort& port) {
       for (int i = 0; i < line.size; ++i) {
         const int k = line.cells[i];
         if (model.PosText[k].size() <= 1) continue;
-        const bool changed = Replace(model, port, k, StripDigits(model.PosText[k], singles), [&](const std::string& text) {
+        const bool changed = Replace(model, run, k, StripDigits(model.PosText[k], singles), [&](const std::string& text) {
           return LineStep(text, k, line,
                           "Remove single values " + singles + (line.column ? " from col" : " from row") +
                               Str(line.index));
@@ -134,7 +134,7 @@ void RemoveSingles(PuzzleModel& model, WindowPort& port) {
   }
 }
 
-void OrderPropagate(PuzzleModel& model, WindowPort&) {
+void OrderPropagate(PuzzleModel& model, RunHooks&) {
   const char n = static_cast<char>('0' + model.GridSize);
   ForEachCell(model, [&](int n1) {
     ForEachSmaller(model.SmallerList[n1], [&](int n2) {
@@ -154,7 +154,7 @@ void OrderPropagate(PuzzleModel& model, WindowPort&) {
   });
 }
 
-void OrderPropagateExplained(PuzzleModel& model, WindowPort& port) {
+void OrderPropagateExplained(PuzzleModel& model, RunHooks& run) {
   const char n = static_cast<char>('0' + model.GridSize);
   const std::string discardN = "N1>N2, discard" + Str(model.GridSize) + " from N2";
   ForEachCell(model, [&](int n1) {
@@ -162,17 +162,17 @@ void OrderPropagateExplained(PuzzleModel& model, WindowPort& port) {
       auto step = [](const char* line, int target, int second) {
         return [=](const std::string& text) { return SolveStep{line, target, second, text, -1, -1}; };
       };
-      Replace(model, port, n2, Without(model.PosText[n2], n), step(discardN.c_str(), n2, n1));
-      Replace(model, port, n1, Without(model.PosText[n1], '1'), step("N1>N2, discard 1 from N1", n1, n2));
-      Replace(model, port, n2, MaxBelow(model.PosText[n2], model.PosText[n1]),
+      Replace(model, run, n2, Without(model.PosText[n2], n), step(discardN.c_str(), n2, n1));
+      Replace(model, run, n1, Without(model.PosText[n1], '1'), step("N1>N2, discard 1 from N1", n1, n2));
+      Replace(model, run, n2, MaxBelow(model.PosText[n2], model.PosText[n1]),
               step("N1>N2, discard all digits in N2 >= max(N1)", n2, n1));
-      Replace(model, port, n1, MinAbove(model.PosText[n1], model.PosText[n2]),
+      Replace(model, run, n1, MinAbove(model.PosText[n1], model.PosText[n2]),
               step("N1>N2, discard all digits in N1 <= min(N2)", n1, n2));
     });
   });
 }
 
-void HiddenSingle(PuzzleModel& model, WindowPort& port) {
+void HiddenSingle(PuzzleModel& model, RunHooks& run) {
   const int n = model.GridSize;
   ForEachLine(model, [&](const Line& line) {
     std::array<int, 10> counts{};
@@ -189,7 +189,7 @@ void HiddenSingle(PuzzleModel& model, WindowPort& port) {
         const std::string& text = model.PosText[k];
         if ((text.size() == 1 && text[0] == digit) || text.find(digit) == std::string::npos) continue;
         // The step shows the digit with its leading blank; the cell stores the bare digit.
-        Replace(model, port, k, std::string(1, digit), [&](const std::string&) {
+        Replace(model, run, k, std::string(1, digit), [&](const std::string&) {
           return LineStep(Str(d), k, line,
                           "Cell has unique candidate" + Str(d) + (line.column ? " in col" : " in row") +
                               Str(line.index));
@@ -199,8 +199,8 @@ void HiddenSingle(PuzzleModel& model, WindowPort& port) {
   });
 }
 
-void NakedPair(PuzzleModel& model, WindowPort& port) { NakedSet(model, port, 2, false); }
-void NakedTriple(PuzzleModel& model, WindowPort& port) { NakedSet(model, port, 3, true); }
-void NakedQuad(PuzzleModel& model, WindowPort& port) { NakedSet(model, port, 4, true); }
+void NakedPair(PuzzleModel& model, RunHooks& run) { NakedSet(model, run, 2, false); }
+void NakedTriple(PuzzleModel& model, RunHooks& run) { NakedSet(model, run, 3, true); }
+void NakedQuad(PuzzleModel& model, RunHooks& run) { NakedSet(model, run, 4, true); }
 
 }  // namespace qm

@@ -9,23 +9,23 @@
 #include <string_view>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
+#include "core/run_hooks.h"
 
 namespace qm {
 
 // Naked singles: a fixed digit leaves the other cells of its row and column.
-void RemoveSingles(PuzzleModel& model, WindowPort& port);
+void RemoveSingles(PuzzleModel& model, RunHooks& run);
 // Signs: the greater cell stays above the smaller cell's lowest candidate, the smaller
 // below the greater's highest.
-void OrderPropagate(PuzzleModel& model, WindowPort& port);
+void OrderPropagate(PuzzleModel& model, RunHooks& run);
 // The same, one explained change at a time.
-void OrderPropagateExplained(PuzzleModel& model, WindowPort& port);
+void OrderPropagateExplained(PuzzleModel& model, RunHooks& run);
 // A digit with a single place in a row or column goes there.
-void HiddenSingle(PuzzleModel& model, WindowPort& port);
+void HiddenSingle(PuzzleModel& model, RunHooks& run);
 // Two, three or four cells of a line sharing the same two, three or four candidates.
-void NakedPair(PuzzleModel& model, WindowPort& port);
-void NakedTriple(PuzzleModel& model, WindowPort& port);
-void NakedQuad(PuzzleModel& model, WindowPort& port);
+void NakedPair(PuzzleModel& model, RunHooks& run);
+void NakedTriple(PuzzleModel& model, RunHooks& run);
+void NakedQuad(PuzzleModel& model, RunHooks& run);
 
 // The status line of a step: line + ", new candidate: " + new text.
 std::string StepStatusText(const SolveStep& step);

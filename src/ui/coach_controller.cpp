@@ -10,6 +10,7 @@
 #include <QMenuBar>
 #include <QToolBar>
 
+#include "commands/solving_commands.h"
 #include "commands/stall_verdict.h"
 #include "core/text_rules.h"
 #include "solver/candidates.h"
@@ -65,8 +66,8 @@ int DigitOfKey(const QKeyEvent& event) {
   return 0;
 }
 
-CoachController::CoachController(PuzzleModel& model, WindowPort& port, GridWidget& grid, QObject* parent)
-    : QObject(parent), model_(model), port_(port), grid_(grid) {
+CoachController::CoachController(PuzzleModel& model, RunControl& run, GridWidget& grid, QObject* parent)
+    : QObject(parent), model_(model), run_(run), port_(run.Port()), grid_(grid) {
   grid_.SetCoach(&state_);
   qApp->installEventFilter(this);
 }
@@ -305,7 +306,7 @@ std::string CoachController::HintKey() const {
 }
 
 void CoachController::NextStep() {
-  if (model_.SolverBusy || model_.StepMode != 0) return;
+  if (model_.SolverBusy || run_.StepMode != 0) return;
   const std::string key = HintKey();
   if (hintLevel_ == 0 || key != hintKey_) {
     const SolutionPath path = FindSolutionPath(PathStart(model_, &state_));
@@ -376,10 +377,10 @@ void CoachController::RecomputePath() {
 }
 
 bool CoachController::eventFilter(QObject* watched, QEvent* event) {
-  if ((event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride) && model_.StepMode != 0) {
+  if ((event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride) && run_.StepMode != 0) {
     const auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier) {
-      if (event->type() == QEvent::KeyPress) model_.StepGo = -1;
+      if (event->type() == QEvent::KeyPress) run_.Continue();
       event->accept();
       return true;
     }

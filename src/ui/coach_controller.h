@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "commands/coach_state.h"
+#include "commands/run_control.h"
 #include "commands/solution_path.h"
 #include "ui/background_job.h"
 #include "core/puzzle_model.h"
@@ -29,7 +30,7 @@ class CoachController : public QObject {
   Q_OBJECT
 
  public:
-  CoachController(PuzzleModel& model, WindowPort& port, GridWidget& grid, QObject* parent);
+  CoachController(PuzzleModel& model, RunControl& run, GridWidget& grid, QObject* parent);
 
   CoachState& State() { return state_; }
 
@@ -79,6 +80,7 @@ class CoachController : public QObject {
   std::string HintKey() const;
 
   PuzzleModel& model_;
+  RunControl& run_;
   WindowPort& port_;
   GridWidget& grid_;
   CoachState state_;

@@ -15,7 +15,7 @@
 #include <algorithm>
 
 #include "core/text_rules.h"
-#include "export/save_command.h"
+#include "commands/save_commands.h"
 #include "generator/create_puzzle.h"
 
 namespace qm::ui {

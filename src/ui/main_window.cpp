@@ -26,23 +26,18 @@
 #include <QVBoxLayout>
 #include <filesystem>
 
-#include "collections/collection_commands.h"
+#include "commands/batch_creation.h"
+#include "commands/collection_commands.h"
+#include "commands/grid_commands.h"
+#include "commands/record_commands.h"
+#include "commands/save_commands.h"
+#include "commands/settings_commands.h"
+#include "commands/solving_commands.h"
+#include "commands/window_commands.h"
 #include "core/collection_file.h"
-#include "core/grid_commands.h"
-#include "core/headless_port.h"
-#include "core/rule_checks.h"
 #include "core/text_file.h"
 #include "core/text_rules.h"
 #include "export/html_export.h"
-#include "export/save_command.h"
-#include "export/text_export.h"
-#include "export/xls_export.h"
-#include "generator/batch_creation.h"
-#include "generator/solution_builder.h"
-#include "settings/config_file.h"
-#include "solver/candidates.h"
-#include "solver/solve_driver.h"
-#include "solver/solving_commands.h"
 #include "solver/techniques.h"
 #include "ui/coach_controller.h"
 #include "ui/creation_dialog.h"
@@ -71,23 +66,23 @@ QString Filter(const FileChoice& choice) {
 
 }  // namespace
 
-MainWindow::MainWindow(std::string appDir, QWidget* parent) : QMainWindow(parent) {
+MainWindow::MainWindow(std::string appDir, QWidget* parent) : QMainWindow(parent), run_(model_, *this) {
   model_.AppDir = std::move(appDir);
   setWindowTitle(kCaption);
   timer1_ = new QTimer(this);
   timer1_->setObjectName("Timer1");
   timer1_->setSingleShot(true);  // the pacing timer disables itself on every tick
-  connect(timer1_, &QTimer::timeout, this, [this] { model_.StepGo = -1; });
+  connect(timer1_, &QTimer::timeout, this, [this] { run_.StepGo = -1; });
   creationOptions_.fixedDigit = "1";
   creationSettings_ = ValidateCreationOptions(creationOptions_).settings;
 
   grid_ = new GridWidget(model_, colours_, this);
   grid_->setObjectName("Cell");
-  coach_ = new CoachController(model_, *this, *grid_, this);
+  coach_ = new CoachController(model_, run_, *grid_, this);
   connect(grid_, &GridWidget::PositionMenuRequested, this, &MainWindow::ShowPositionMenu);
   connect(grid_, &GridWidget::BackgroundClicked, this, &MainWindow::Continue);
   connect(grid_, &GridWidget::PositionHovered, this, [this](int k) {
-    const std::string text = MouseStatusText(model_, k);
+    const std::string text = MouseStatusText(model_, run_, k);
     if (!text.empty()) SetStatusLine(Cp1252ToUtf8(text));
   });
 
@@ -209,7 +204,7 @@ void MainWindow::BuildPanel() {
   connect(undoMan_, &QPushButton::clicked, this, [this] { coach_->Undo(); });
   cmdCancel_ = new QPushButton("Cancel", panel_);
   cmdCancel_->setObjectName("cmdcancel");
-  connect(cmdCancel_, &QPushButton::clicked, this, [this] { CancelCommand(model_, *this); });
+  connect(cmdCancel_, &QPushButton::clicked, this, [this] { CancelCommand(model_, run_); });
   auto* buttons = new QHBoxLayout;
   buttons->addWidget(undoMan_);
   buttons->addWidget(cmdCancel_);
@@ -319,9 +314,9 @@ void MainWindow::BuildMenus() {
   AddCancel(edit, "can1");
 
   QMenu* solve = menuBar()->addMenu("Solve");
-  AddAction(solve, "mnuautosol", "Auto (no pause)", [this] { coach_->AfterAutoSolve(AutoSolve(model_, *this).outcome); });
+  AddAction(solve, "mnuautosol", "Auto (no pause)", [this] { coach_->AfterAutoSolve(AutoSolve(model_, run_).outcome); });
   AddAction(solve, "mnuautosolpause", "Auto (with pause)", [this] {
-    const AutoSolveResult result = PacedAutoSolve(model_, *this);
+    const AutoSolveResult result = PacedAutoSolve(model_, run_);
     // Exit during the wait closed the window inside this nested loop; end the program now.
     if (exiting_) {
       QCoreApplication::quit();
@@ -351,14 +346,7 @@ bool MainWindow::IsToggleOn(const QString& name) const {
 }
 
 void MainWindow::StartUp() {
-  ReadSettings(model_, *this);
-  LoadScheme(model_, colours_, *this, model_.SchemeFile);
-  SetSize(model_, kStartGridSize);
-  const auto length = FileLength(model_.CurrentFile);
-  if (!length || *length == 0) model_.CurrentFile = model_.AppDir + "puzzles.fut";
-  if (ReadPuzzle(model_, *this, model_.CurrentFile, 1).notFound) {
-    ShowMessage(ReadErrorMessage(1, model_.CurrentFile));
-  }
+  qm::StartUp(model_, colours_, *this);
   combo1_->clear();
   for (const std::string& name : SchemeList(model_.AppDir)) combo1_->addItem(QString::fromStdString(name));
   const std::string scheme = model_.SchemeFile.substr(0, model_.SchemeFile.find('.'));
@@ -369,16 +357,7 @@ void MainWindow::StartUp() {
 }
 
 bool MainWindow::StartOnPuzzle(const QString& number) {
-  bool isNumber = false;
-  const int n = number.trimmed().toInt(&isNumber);
-  if (!isNumber || n < 1) {
-    ShowMessage("Not a puzzle number: " + number.toStdString());
-    return false;
-  }
-  if (!ReadPuzzle(model_, *this, model_.CurrentFile, n).notFound) return true;
-  ShowMessage(ReadErrorMessage(n, model_.CurrentFile));
-  ReadPuzzle(model_, *this, model_.CurrentFile, 1);
-  return false;
+  return qm::StartOnPuzzle(model_, *this, number.toStdString());
 }
 
 void MainWindow::ApplyScheme() {
@@ -481,8 +460,9 @@ void MainWindow::ProcessEvents() {
   QCoreApplication::processEvents();
 }
 
-void MainWindow::WaitForEvents() {
+bool MainWindow::WaitForEvents() {
   QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
+  return true;
 }
 
 void MainWindow::SetPacingTimer(bool enabled, int intervalMs) {
@@ -498,27 +478,27 @@ void MainWindow::ShowPosition(int k) { grid_->ClearShownText(k); }
 
 void MainWindow::ShowCellText(int k, const std::string& text) { grid_->SetShownText(k, FromModel(text)); }
 
-void MainWindow::ShowStep(const SolveStep& step) {
-  // Highlight the line, the second cell and the target.
+// The step's line and its second cell.
+std::vector<int> MainWindow::StepLine(const SolveStep& step) const {
   std::vector<int> lit;
   for (int i = 1; i <= model_.LayoutExtent; i += 2) {
     if (step.row > 0) lit.push_back(model_.PositionOf[static_cast<std::size_t>(step.row)][static_cast<std::size_t>(i)]);
     if (step.col > 0) lit.push_back(model_.PositionOf[static_cast<std::size_t>(i)][static_cast<std::size_t>(step.col)]);
   }
   if (step.second >= 0) lit.push_back(step.second);
-  for (int k : lit) grid_->SetColour(k, CellColour::Highlight);
-  grid_->SetColour(step.target, CellColour::Target);
+  return lit;
+}
 
-  model_.StepGo = 0;
-  SetPacingTimer(true, model_.PacingInterval);
+void MainWindow::ShowStep(const SolveStep& step) {
+  // Highlight the line, the second cell and the target while the run waits.
+  for (int k : StepLine(step)) grid_->SetColour(k, CellColour::Highlight);
+  grid_->SetColour(step.target, CellColour::Target);
   SetStatusLine(Cp1252ToUtf8(StepStatusText(step)));
-  // Wait for the space bar, a click or the timer; Cancel ends step mode.
-  while (model_.StepGo == 0 && model_.StepMode != 0) {
-    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
-  }
+}
+
+void MainWindow::EndStep(const SolveStep& step) {
   SetStatusLine("");
-  SetPacingTimer(false, model_.PacingInterval);
-  for (int k : lit) grid_->SetColour(k, CellColour::Normal);
+  for (int k : StepLine(step)) grid_->SetColour(k, CellColour::Normal);
   grid_->SetColour(step.target, CellColour::Normal);
   ShowCellText(step.target, step.text);
 }
@@ -566,42 +546,11 @@ int MainWindow::RunModal(QDialog& dialog) {
 
 void MainWindow::CreateSinglePuzzle() {
   if (model_.SolverBusy) return;
-  // The new puzzle takes the grid's place: unsaved edits go only with the user's consent.
-  if (model_.Modified != 0 && !AskYesNo("Discard all changes?")) return;
-  model_.CancelRequest = kNo;
-  SetBusy(true);
-  SetProgressLine("Creating New Puzzle");
-  model_.SolverBusy = true;
   throttleEvents_ = true;
   LockInput(true);
-  generator_.ClueSpec = creationSettings_.clueSpec;
-  generator_.RequestedLevel = creationSettings_.level;
-  const int n = creationSettings_.gridSize != 0
-                    ? creationSettings_.gridSize
-                    : RandomDraw(model_, kMaxGridSize - kMinGridSize + 1) + kMinGridSize - 1;
-  SetSize(model_, n);
-  RedrawGrid();
-  const int result = CreatePuzzle(model_, *this, generator_);
+  qm::CreateSinglePuzzle(model_, run_, generator_, creationSettings_);
   LockInput(false);
   throttleEvents_ = false;
-  model_.SolverBusy = false;
-  const bool cancelled = model_.CancelRequest == kYes;
-  model_.CancelRequest = kNo;
-  SetProgressLine("");
-  SetBusy(false);
-  if (result != kSolved) {
-    // A cancel blanked the grid already and needs no word; running out of attempts does.
-    if (!cancelled) ShowMessage("Could not create a unique puzzle");
-    RefreshPuzzleInfo();
-    return;
-  }
-  model_.Comment = AutoTitle(generator_.LevelCode, ClockStamp());
-  model_.Modified = 1;
-  SetStatusLine("New Puzzle, Size=" + std::to_string(n) + "x" + std::to_string(n) +
-                ", Constraints=" + Str(generator_.SignCount) + ", Clues= " + std::to_string(generator_.ClueCount) +
-                ", Level= " + std::string(LevelNames[static_cast<std::size_t>(generator_.LevelCode)]));
-  RedrawGrid();
-  RefreshPuzzleInfo();
 }
 
 void MainWindow::CreateMultiplePuzzles() {
@@ -619,7 +568,7 @@ void MainWindow::CreateMultiplePuzzles() {
   lastEvents_ = 0;
   LockInput(true);
   try {
-    const BatchResult result = CreatePuzzles(model_, *this, generator_, creationSettings_);
+    const BatchResult result = CreatePuzzles(model_, run_, generator_, creationSettings_);
     // A puzzle made only for display is in no file yet.
     if (result.added == 0 && !result.puzzles.empty() && result.puzzles.front().number == 0) model_.Modified = 1;
   } catch (const std::exception& error) {
@@ -658,9 +607,13 @@ void MainWindow::ShowHelp() {
 
 void MainWindow::PrintCurrent() {
   if (model_.SolverBusy) return;
-  // The puzzle in the upper half of the page, its solution below.
+  // The puzzle on its page and, when wanted, its solution on the next one.
   const PrintedPuzzle puzzle = TakePuzzle(model_, model_.CurrentPuzzle);
-  RunPrint({{&puzzle, false}, {&puzzle, true}}, 2);
+  render::BookOptions options;
+  options.title = PrintTitle();
+  options.answersOnOwnPage = true;
+  options.answers = AskYesNo("Print the solution on the next page?");
+  RunPrint(render::PlanBook({puzzle}, options), options);
 }
 
 void MainWindow::PrintFromFile() {
@@ -674,53 +627,35 @@ void MainWindow::PrintFromFile() {
   if (RunModal(range) != QDialog::Accepted || range.First() > range.Last()) return;
   // Reading a long range takes a while: Cancel stops it, and nothing is printed.
   std::vector<PrintedPuzzle> puzzles;
-  model_.CancelRequest = kNo;
-  SetBusy(true);
   LockInput(true);
-  std::string failure;
-  for (int n = range.First(); n <= range.Last() && failure.empty(); ++n) {
-    ProcessEvents();
-    if (model_.CancelRequest == kYes) break;
-    // A scratch model: the shown puzzle and its edits stay as they are.
-    PuzzleModel scratch;
-    HeadlessPort quiet;
-    if (ReadPuzzle(scratch, quiet, model_.CurrentFile, n).notFound) {
-      failure = ReadErrorMessage(n, model_.CurrentFile);
-    } else {
-      puzzles.push_back(TakePuzzle(scratch, n));
-    }
-  }
+  const bool read = ReadPrintRange(model_, run_, range.First(), range.Last(), [&](const PuzzleModel& scratch, int n) {
+    puzzles.push_back(TakePuzzle(scratch, n, range.Grades()));
+  });
   LockInput(false);
-  SetBusy(false);
-  const bool cancelled = model_.CancelRequest == kYes;
-  model_.CancelRequest = kNo;
-  if (!failure.empty()) ShowMessage(failure);
-  if (!failure.empty() || cancelled) return;
-  RunPrint(FileLayout(puzzles, range.PerPage()), range.PerPage());
+  if (!read) return;
+  render::BookOptions options;
+  options.title = PrintTitle();
+  options.perPage = range.PerPage();
+  options.answersPerPage = range.AnswersPerPage();
+  options.answers = range.Answers();
+  RunPrint(render::PlanBook(puzzles, options), options);
 }
 
-void MainWindow::RunPrint(const std::vector<PrintItem>& items, int perPage) {
-  QPrinter printer(QPrinter::HighResolution);
-  std::string pdf;
+QString MainWindow::PrintTitle() const {
+  const std::string& file = model_.CurrentFile;
+  const auto slash = file.find_last_of('/');
+  return QString::fromStdString(slash == std::string::npos ? file : file.substr(slash + 1));
+}
+
+void MainWindow::RunPrint(const std::vector<render::Page>& pages, const render::BookOptions& options) {
+  const ModalRunner modal = [this](QDialog& dialog) { return RunModal(dialog); };
+  run_.CancelRequest = kNo;
   if (printToPdf_ || QPrinterInfo::availablePrinters().isEmpty()) {
-    // Without a printer the pages go to a PDF file.
-    pdf = ChooseFileKeepingDirectory(
-        *this, {"Quillmere", "*.pdf", "PDF Files", ApplicationDirectoryOf(model_), ChooserMode::Save});
-    if (pdf.empty() || !ConfirmOverwrite(*this, pdf)) return;
-    printer.setOutputFormat(QPrinter::PdfFormat);
-    printer.setOutputFileName(QString::fromStdString(pdf));
+    PrintToFile(model_, *this, modal, this, pages, options);
+  } else {
+    PrintWithPreview(model_, *this, modal, this, pages, options);
   }
-  model_.CancelRequest = kNo;
-  QPrintPreviewDialog preview(&printer, this);
-  preview.setObjectName("frmprintpreview");
-  connect(&preview, &QPrintPreviewDialog::paintRequested, this, [&](QPrinter* target) {
-    SetBusy(true);
-    const bool printed = PrintPuzzles(*target, items, perPage);
-    SetBusy(false);
-    if (!printed && target->outputFormat() == QPrinter::PdfFormat) ShowMessage(WriteErrorMessage(pdf));
-  });
-  RunModal(preview);
-  model_.CancelRequest = kNo;
+  run_.CancelRequest = kNo;
 }
 
 void MainWindow::ViewAll() {
@@ -739,18 +674,9 @@ void MainWindow::OpenFromView(int n) {
 
 // Input ---------------------------------------------------------------------------------
 
-void MainWindow::Continue() {
-  if (model_.StepMode != 0) model_.StepGo = -1;
-}
+void MainWindow::Continue() { run_.Continue(); }
 
-void MainWindow::ArrowPressed(int index) {
-  // The same five buttons set the pace while a paced solve runs.
-  if (model_.StepMode != 0) {
-    ChangePace(model_, *this, static_cast<PaceButton>(index));
-    return;
-  }
-  MoveByArrow(model_, *this, static_cast<qm::Arrow>(index));
-}
+void MainWindow::ArrowPressed(int index) { PressArrow(model_, run_, index); }
 
 void MainWindow::ShowPositionMenu(int k, const QPoint& globalPos) {
   QMenu menu(this);
@@ -795,7 +721,7 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
   }
   const int k = grid_->CursorPosition();
   const QString text = event->text();
-  if (event->key() == Qt::Key_Space && model_.StepMode != 0) {
+  if (event->key() == Qt::Key_Space && run_.StepMode != 0) {
     Continue();
     return;
   }
@@ -855,20 +781,14 @@ bool MainWindow::OpenFile(const QString& path) {
 }
 
 void MainWindow::Exit() {
-  if (!AskYesNo("Exit?")) return;
-  WriteSettings(model_, *this);
-  std::error_code ec;
-  std::filesystem::remove(kDeleteTempFile, ec);
+  if (!ExitCommand(model_, run_)) return;
   exiting_ = true;
-  model_.StepMode = 0;
-  model_.CancelRequest = kYes;
   close();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
   // Closing by the frame ends the program at once, without writing the settings.
-  model_.StepMode = 0;
-  model_.CancelRequest = kYes;
+  run_.StopAll();
   event->accept();
 }
 

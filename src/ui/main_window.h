@@ -7,6 +7,7 @@
 #include <functional>
 #include <vector>
 
+#include "commands/run_control.h"
 #include "core/puzzle_model.h"
 #include "core/window_port.h"
 #include "generator/create_puzzle.h"
@@ -23,12 +24,16 @@ class QPushButton;
 class QTimer;
 class QToolButton;
 
+namespace qm::render {
+struct Page;
+struct BookOptions;
+}  // namespace qm::render
+
 namespace qm::ui {
 
 class CoachController;
 class GridWidget;
 class ViewAllWindow;
-struct PrintItem;
 
 class MainWindow : public QMainWindow, public WindowPort {
   Q_OBJECT
@@ -59,6 +64,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   void SetPrintToPdf(bool pdf) { printToPdf_ = pdf; }
 
   PuzzleModel& Model() { return model_; }
+  RunControl& Run() { return run_; }
   const ColourTable& Colours() const { return colours_; }
   GridWidget* Grid() const { return grid_; }
   CoachController* Coach() const { return coach_; }
@@ -78,11 +84,12 @@ class MainWindow : public QMainWindow, public WindowPort {
   std::string ProgressLine() const override;
   void SetBusy(bool busy) override;
   void ProcessEvents() override;
-  void WaitForEvents() override;
+  bool WaitForEvents() override;
   void SetPacingTimer(bool enabled, int intervalMs) override;
   void ShowPosition(int k) override;
   void ShowCellText(int k, const std::string& text) override;
   void ShowStep(const SolveStep& step) override;
+  void EndStep(const SolveStep& step) override;
   void ColourPosition(int k, CellColour colour) override;
   CellColour ColourOf(int k) const override;
   void RedrawGrid() override;
@@ -114,10 +121,13 @@ class MainWindow : public QMainWindow, public WindowPort {
   void ShowHelp();
   void PrintCurrent();
   void PrintFromFile();
-  void RunPrint(const std::vector<PrintItem>& items, int perPage);
+  void RunPrint(const std::vector<render::Page>& pages, const render::BookOptions& options);
+  QString PrintTitle() const;
   void OpenFromView(int n);
+  std::vector<int> StepLine(const SolveStep& step) const;
 
   PuzzleModel model_;
+  RunControl run_;
   ColourTable colours_;
   GridWidget* grid_ = nullptr;
   CoachController* coach_ = nullptr;

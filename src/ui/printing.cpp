@@ -1,166 +1,107 @@
 #include "ui/printing.h"
 
+#include <QCheckBox>
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
-#include <QPainter>
-#include <QPainterPath>
+#include <QPageLayout>
+#include <QPrintPreviewDialog>
 #include <QPrinter>
+#include <QSettings>
 #include <QSpinBox>
-#include <cmath>
+#include <algorithm>
 
+#include "core/file_replace.h"
 #include "core/text_rules.h"
+#include "commands/save_commands.h"
+#include "reasoning/ladder.h"
 
 namespace qm::ui {
 
-namespace {
-
-bool IsSign(char c) { return c == '<' || c == '>' || c == '^' || c == 'v'; }
-
-// Columns and rows of the arrangement of n puzzles on a page.
-std::pair<int, int> Arrangement(int n) {
-  if (n <= 1) return {1, 1};
-  if (n == 2) return {1, 2};
-  if (n <= 4) return {2, 2};
-  if (n <= 6) return {2, 3};
-  return {3, 3};
+PrintedPuzzle TakePuzzle(const PuzzleModel& model, int number, bool graded) {
+  PrintedPuzzle puzzle = render::TakePuzzle(model, number);
+  if (graded) puzzle.grade = reasoning::ExplainModel(model).grade.name;
+  return puzzle;
 }
 
-// The sign as a chevron whose narrow end points at the smaller cell.
-void DrawSign(QPainter& painter, char sign, const QRectF& gap) {
-  const QPointF c = gap.center();
-  const double r = std::min(gap.width(), gap.height()) * 0.32;
-  QPainterPath path;
-  switch (sign) {
-    case '<':
-      path.moveTo(c.x() + r, c.y() - r);
-      path.lineTo(c.x() - r, c.y());
-      path.lineTo(c.x() + r, c.y() + r);
-      break;
-    case '>':
-      path.moveTo(c.x() - r, c.y() - r);
-      path.lineTo(c.x() + r, c.y());
-      path.lineTo(c.x() - r, c.y() + r);
-      break;
-    case '^':
-      path.moveTo(c.x() - r, c.y() + r);
-      path.lineTo(c.x(), c.y() - r);
-      path.lineTo(c.x() + r, c.y() + r);
-      break;
-    default:
-      path.moveTo(c.x() - r, c.y() - r);
-      path.lineTo(c.x(), c.y() + r);
-      path.lineTo(c.x() + r, c.y() - r);
-      break;
+bool PrintBook(QPrinter& printer, const std::vector<render::Page>& pages, const render::BookOptions& options) {
+  printer.setDocName(options.title);
+  return render::PaintBook(printer, pages, options);
+}
+
+bool RestorePageLayout(QPrinter& printer, const std::string& file) {
+  const QSettings kept(QString::fromStdString(file), QSettings::IniFormat);
+  const QSizeF size(kept.value("page/width").toDouble(), kept.value("page/height").toDouble());
+  if (!size.isValid() || size.isEmpty()) {
+    const double margin = render::kBookMarginMm;
+    printer.setPageMargins(QMarginsF(margin, margin, margin, margin), QPageLayout::Millimeter);
+    return false;
   }
-  painter.drawPath(path);
-}
-
-// One grid inside `box`: cells as squares, gaps of half a cell for the signs.
-void DrawGrid(QPainter& painter, const QRectF& box, int n, const std::vector<std::string>& rows) {
-  const double units = n + (n - 1) * 0.5;
-  const double cell = std::min(box.width(), box.height()) / units;
-  const double gap = cell * 0.5;
-  const QPointF origin(box.center().x() - cell * units / 2, box.top());
-  QFont font = painter.font();
-  font.setPixelSize(std::max(1, static_cast<int>(cell * 0.6)));
-  font.setBold(true);
-  painter.setFont(font);
-  QPen pen(Qt::black, std::max(1.0, cell / 30));
-  painter.setPen(pen);
-  auto offset = [&](int index) { return (index / 2) * (cell + gap) + (index % 2 == 1 ? cell : 0.0); };
-  const int extent = 2 * n - 1;
-  for (int r = 0; r < extent; ++r) {
-    for (int c = 0; c < extent; ++c) {
-      const char ch = static_cast<std::size_t>(r) < rows.size() && static_cast<std::size_t>(c) < rows[r].size()
-                          ? rows[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)]
-                          : ' ';
-      const QRectF rect(origin.x() + offset(c), origin.y() + offset(r), c % 2 == 0 ? cell : gap,
-                        r % 2 == 0 ? cell : gap);
-      if (r % 2 == 0 && c % 2 == 0) {
-        painter.drawRect(rect);
-        if (ch >= '1' && ch <= '9') painter.drawText(rect, Qt::AlignCenter, QString(QChar(ch)));
-      } else if (IsSign(ch)) {
-        DrawSign(painter, ch, rect);
-      }
-    }
-  }
-}
-
-}  // namespace
-
-PrintedPuzzle TakePuzzle(const PuzzleModel& model, int number) {
-  PrintedPuzzle printed;
-  printed.number = number;
-  printed.comment = model.Comment;
-  printed.size = model.GridSize;
-  for (int r = 1; r <= model.LayoutExtent; ++r) {
-    std::string puzzle;
-    std::string solution;
-    for (int c = 1; c <= model.LayoutExtent; ++c) {
-      const int k = model.PositionOf[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)];
-      const std::string& text = model.PosText[static_cast<std::size_t>(k)];
-      const std::string& solved = model.SolutionText[static_cast<std::size_t>(k)];
-      const PositionKind kind = KindOf(model, k);
-      if (kind == PositionKind::Cell) {
-        const int given = model.GivenValue[static_cast<std::size_t>(k)];
-        puzzle += given > 0 ? static_cast<char>('0' + given) : ' ';
-        solution += solved.size() == 1 && solved[0] >= '1' && solved[0] <= '9' ? solved[0] : ' ';
-      } else {
-        const char sign = text.size() == 1 && IsSign(text[0]) ? text[0] : ' ';
-        puzzle += sign;
-        solution += sign;
-      }
-    }
-    printed.puzzle.push_back(std::move(puzzle));
-    printed.solution.push_back(std::move(solution));
-  }
-  return printed;
-}
-
-std::vector<PrintItem> FileLayout(const std::vector<PrintedPuzzle>& puzzles, int perPage) {
-  const auto [columns, rows] = Arrangement(perPage);
-  const std::size_t places = static_cast<std::size_t>(columns * rows);
-  std::vector<PrintItem> items;
-  for (const PrintedPuzzle& puzzle : puzzles) items.push_back({&puzzle, false});
-  // The solutions start on a page of their own.
-  while (items.size() % places != 0) items.push_back({nullptr, false});
-  for (const PrintedPuzzle& puzzle : puzzles) items.push_back({&puzzle, true});
-  return items;
-}
-
-bool PrintPuzzles(QPrinter& printer, const std::vector<PrintItem>& items, int perPage) {
-  QPainter painter;
-  if (!painter.begin(&printer)) return false;
-  const auto [columns, rows] = Arrangement(perPage);
-  const std::size_t places = static_cast<std::size_t>(columns * rows);
-  const QRectF page = printer.pageLayout().paintRectPixels(printer.resolution());
-  const double slotWidth = page.width() / columns;
-  const double slotHeight = page.height() / rows;
-  for (std::size_t i = 0; i < items.size(); ++i) {
-    const int slot = static_cast<int>(i % places);
-    if (slot == 0 && i > 0) printer.newPage();
-    if (items[i].puzzle == nullptr) continue;
-    const PrintedPuzzle& puzzle = *items[i].puzzle;
-    const QRectF box((slot % columns) * slotWidth, (slot / columns) * slotHeight, slotWidth, slotHeight);
-    const QRectF inner = box.adjusted(slotWidth * 0.06, slotHeight * 0.04, -slotWidth * 0.06, -slotHeight * 0.06);
-    QFont font = painter.font();
-    font.setBold(false);
-    font.setPixelSize(std::max(1, static_cast<int>(std::min(inner.height() * 0.05, inner.width() * 0.045))));
-    painter.setFont(font);
-    painter.setPen(Qt::black);
-    const QString heading =
-        (items[i].solution ? QStringLiteral("Solution#%1") : QStringLiteral("Puzzle#%1")).arg(puzzle.number);
-    const QString comment = QString::fromStdString(Cp1252ToUtf8(puzzle.comment));
-    const double line = font.pixelSize() * 1.5;
-    painter.drawText(QRectF(inner.left(), inner.top(), inner.width(), line), Qt::AlignLeft | Qt::AlignVCenter,
-                     heading + "   " + comment);
-    const double side = std::min(inner.width(), inner.height() - line * 1.5);
-    DrawGrid(painter, QRectF(inner.left(), inner.top() + line * 1.5, inner.width(), side), puzzle.size,
-             items[i].solution ? puzzle.solution : puzzle.puzzle);
-  }
-  painter.end();
+  const QMarginsF margins(kept.value("page/left").toDouble(), kept.value("page/top").toDouble(),
+                          kept.value("page/right").toDouble(), kept.value("page/bottom").toDouble());
+  const auto orientation =
+      kept.value("page/orientation").toString() == "landscape" ? QPageLayout::Landscape : QPageLayout::Portrait;
+  // The size is matched to a named size (A4, Letter) when it is one.
+  printer.setPageLayout(
+      QPageLayout(QPageSize(size, QPageSize::Millimeter), orientation, margins, QPageLayout::Millimeter));
   return true;
+}
+
+void RememberPageLayout(const QPrinter& printer, const std::string& file) {
+  QSettings kept(QString::fromStdString(file), QSettings::IniFormat);
+  const QPageLayout layout = printer.pageLayout();
+  const QSizeF size = layout.pageSize().size(QPageSize::Millimeter);
+  const QMarginsF margins = layout.margins(QPageLayout::Millimeter);
+  kept.setValue("page/width", size.width());
+  kept.setValue("page/height", size.height());
+  kept.setValue("page/orientation", layout.orientation() == QPageLayout::Landscape ? "landscape" : "portrait");
+  kept.setValue("page/left", margins.left());
+  kept.setValue("page/top", margins.top());
+  kept.setValue("page/right", margins.right());
+  kept.setValue("page/bottom", margins.bottom());
+  kept.sync();
+}
+
+std::string PageLayoutFile(const PuzzleModel& model) { return ApplicationDirectoryOf(model) + "Quillmere-print.ini"; }
+
+void PrintToFile(const PuzzleModel& model, WindowPort& port, const ModalRunner& runModal, QWidget* parent,
+                 const std::vector<render::Page>& pages, const render::BookOptions& options) {
+  QPrinter printer(QPrinter::HighResolution);
+  printer.setOutputFormat(QPrinter::PdfFormat);
+  RestorePageLayout(printer, PageLayoutFile(model));
+  PageSetupDialog setup(printer.pageLayout(), parent);
+  if (runModal(setup) != QDialog::Accepted) return;
+  printer.setPageLayout(setup.Layout());
+  RememberPageLayout(printer, PageLayoutFile(model));
+
+  std::string pdf = ChooseSaveFile(model, port, "*.pdf", "PDF Files");
+  if (pdf.empty()) return;
+  if (!QString::fromStdString(pdf).endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive)) pdf += ".pdf";
+  if (!ConfirmOverwrite(port, pdf)) return;
+  printer.setDocName(options.title);  // the PDF's title
+  port.SetBusy(true);
+  const bool printed = ReplaceFile(pdf, [&](const std::string& scratch) {
+    printer.setOutputFileName(QString::fromStdString(scratch));
+    return PrintBook(printer, pages, options);
+  });
+  port.SetBusy(false);
+  port.ShowMessage(printed ? "Pages saved as PDF File:" + std::string(kLineBreak) + pdf : WriteErrorMessage(pdf));
+}
+
+void PrintWithPreview(const PuzzleModel& model, WindowPort& port, const ModalRunner& runModal, QWidget* parent,
+                      const std::vector<render::Page>& pages, const render::BookOptions& options) {
+  QPrinter printer(QPrinter::HighResolution);
+  RestorePageLayout(printer, PageLayoutFile(model));
+  printer.setDocName(options.title);
+  QPrintPreviewDialog preview(&printer, parent);
+  preview.setObjectName("frmprintpreview");
+  QObject::connect(&preview, &QPrintPreviewDialog::paintRequested, &preview, [&](QPrinter* target) {
+    port.SetBusy(true);
+    PrintBook(*target, pages, options);
+    port.SetBusy(false);
+  });
+  if (runModal(preview) == QDialog::Accepted) RememberPageLayout(printer, PageLayoutFile(model));
 }
 
 PrintRangeDialog::PrintRangeDialog(int puzzleCount, int current, QWidget* parent) : QDialog(parent) {
@@ -184,7 +125,20 @@ PrintRangeDialog::PrintRangeDialog(int puzzleCount, int current, QWidget* parent
   perPage_->setCurrentText("4");
   form->addRow("From puzzle#", first_);
   form->addRow("To puzzle#", last_);
+  answers_ = new QCheckBox("Print the answers after the puzzles", this);
+  answers_->setObjectName("Answers");
+  answers_->setChecked(true);
+  answersPerPage_ = new QSpinBox(this);
+  answersPerPage_->setObjectName("AnswersPerPage");
+  answersPerPage_->setRange(1, 20);
+  answersPerPage_->setValue(12);
+  connect(answers_, &QCheckBox::toggled, answersPerPage_, &QWidget::setEnabled);
   form->addRow("Puzzles per page", perPage_);
+  form->addRow(answers_);
+  grades_ = new QCheckBox("Name each puzzle's grade", this);
+  grades_->setObjectName("Grades");
+  form->addRow(grades_);
+  form->addRow("Answers per page", answersPerPage_);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   buttons->setObjectName("Buttons");
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -209,5 +163,55 @@ void PrintRangeDialog::accept() {
 int PrintRangeDialog::First() const { return first_->value(); }
 int PrintRangeDialog::Last() const { return last_->value(); }
 int PrintRangeDialog::PerPage() const { return perPage_->currentText().toInt(); }
+int PrintRangeDialog::AnswersPerPage() const { return answersPerPage_->value(); }
+bool PrintRangeDialog::Answers() const { return answers_->isChecked(); }
+bool PrintRangeDialog::Grades() const { return grades_->isChecked(); }
+
+PageSetupDialog::PageSetupDialog(const QPageLayout& layout, QWidget* parent) : QDialog(parent) {
+  setObjectName("frmpagesetup");
+  setWindowTitle("Page Setup");
+  auto* form = new QFormLayout(this);
+  size_ = new QComboBox(this);
+  size_->setObjectName("PageSize");
+  for (int id = 0; id < QPageSize::LastPageSize; ++id) {
+    const auto pageId = static_cast<QPageSize::PageSizeId>(id);
+    if (pageId == QPageSize::Custom) continue;
+    size_->addItem(QPageSize::name(pageId), id);
+  }
+  // A size of its own (not one Qt names) is offered as it is.
+  custom_ = layout.pageSize();
+  if (custom_.id() == QPageSize::Custom) size_->addItem(custom_.name(), static_cast<int>(QPageSize::Custom));
+  size_->setCurrentIndex(std::max(0, size_->findData(static_cast<int>(custom_.id()))));
+  form->addRow("Paper size", size_);
+  landscape_ = new QCheckBox("Landscape", this);
+  landscape_->setObjectName("Landscape");
+  landscape_->setChecked(layout.orientation() == QPageLayout::Landscape);
+  form->addRow(landscape_);
+  const QMarginsF margins = layout.margins(QPageLayout::Millimeter);
+  const std::array<double, 4> values{margins.left(), margins.top(), margins.right(), margins.bottom()};
+  const std::array<const char*, 4> names{"Left", "Top", "Right", "Bottom"};
+  for (std::size_t i = 0; i < margins_.size(); ++i) {
+    margins_[i] = new QDoubleSpinBox(this);
+    margins_[i]->setObjectName(QString(names[i]) + "Margin");
+    margins_[i]->setRange(0, 50);
+    margins_[i]->setDecimals(1);
+    margins_[i]->setSuffix(" mm");
+    margins_[i]->setValue(values[i]);
+    form->addRow(QString(names[i]) + " margin", margins_[i]);
+  }
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+  buttons->setObjectName("Buttons");
+  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  form->addRow(buttons);
+}
+
+QPageLayout PageSetupDialog::Layout() const {
+  const auto id = static_cast<QPageSize::PageSizeId>(size_->currentData().toInt());
+  const QPageSize size = id == QPageSize::Custom ? custom_ : QPageSize(id);
+  const QMarginsF margins(margins_[0]->value(), margins_[1]->value(), margins_[2]->value(), margins_[3]->value());
+  return QPageLayout(size, landscape_->isChecked() ? QPageLayout::Landscape : QPageLayout::Portrait, margins,
+                     QPageLayout::Millimeter);
+}
 
 }  // namespace qm::ui

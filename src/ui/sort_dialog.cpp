@@ -11,7 +11,7 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
-#include "collections/sort_file.h"
+#include "commands/sort_commands.h"
 #include "core/text_rules.h"
 
 namespace qm::ui {

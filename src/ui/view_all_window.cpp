@@ -4,11 +4,9 @@
 #include <QLabel>
 #include <QTableWidget>
 #include <QVBoxLayout>
-#include <fstream>
 
 #include "commands/solution_path.h"
 #include "core/collection_file.h"
-#include "core/headless_port.h"
 #include "core/text_rules.h"
 
 namespace qm::ui {
@@ -32,45 +30,6 @@ class SortItem : public QTableWidgetItem {
 constexpr int kOrdinalRole = Qt::UserRole + 1;
 
 }  // namespace
-
-std::vector<RecordSummary> ReadRecordSummaries(const std::string& path) {
-  std::vector<std::string> lines;
-  std::ifstream in(path, std::ios::binary);
-  for (std::string line; std::getline(in, line);) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    lines.push_back(std::move(line));
-  }
-  // A record's line within record i, or nothing when the record ends before it.
-  auto lineOf = [&](std::size_t record, std::size_t offset) -> const std::string* {
-    for (std::size_t k = record + 1; k <= record + offset; ++k) {
-      if (k >= lines.size() || lines[k].starts_with("#")) return nullptr;
-    }
-    return &lines[record + offset];
-  };
-  std::vector<RecordSummary> records;
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    if (!lines[i].starts_with("#")) continue;
-    RecordSummary record;
-    if (const std::string* comment = lineOf(i, 1)) record.comment = *comment;
-    if (const std::string* size = lineOf(i, 2)) {
-      const std::string sizeLine(Trim(*size));
-      const auto blank = sizeLine.find(' ');
-      if (blank == std::string::npos) {
-        // The older form carries only the signs of a 5x5 puzzle.
-        record.size = 5;
-        record.signs = IntegerValue(sizeLine);
-      } else {
-        record.size = IntegerValue(sizeLine.substr(0, 1));
-        const std::string rest(Trim(std::string_view(sizeLine).substr(blank + 1)));
-        const auto second = rest.find(' ');
-        record.signs = IntegerValue(rest.substr(0, second));
-        if (second != std::string::npos) record.clues = IntegerValue(rest.substr(second + 1));
-      }
-    }
-    records.push_back(std::move(record));
-  }
-  return records;
-}
 
 ViewAllWindow::ViewAllWindow(std::function<void(int)> open, QWidget* parent)
     : QDialog(parent), open_(std::move(open)) {
@@ -135,11 +94,10 @@ void ViewAllWindow::Show(const std::string& path, const std::string& total) {
   grading_.Run([this, generation, path, count](const std::atomic<bool>& cancel) {
     for (int n = 1; n <= count && !cancel.load(); ++n) {
       PuzzleModel puzzle;
-      HeadlessPort quiet;
       std::string name = "unreadable";
       int level = -1;
       double score = 0;
-      if (!ReadPuzzle(puzzle, quiet, path, n).notFound) {
+      if (!LoadPuzzle(puzzle, path, n).notFound) {
         const SolutionPath solved = FindSolutionPath(PathStart(puzzle, nullptr), &cancel);
         name = solved.grade.name;
         level = solved.grade.level;

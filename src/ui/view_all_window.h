@@ -8,23 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "core/collection_file.h"
 #include "ui/background_job.h"
 
 class QLabel;
 class QTableWidget;
 
 namespace qm::ui {
-
-// What the view shows of one record, read from the file without loading the puzzle.
-struct RecordSummary {
-  int size = 0;
-  int signs = 0;
-  int clues = -1;  // -1: the older size line carries no clue count
-  std::string comment;  // as in the file (code page 1252)
-};
-
-// The records of a collection file in file order; empty for a missing file.
-std::vector<RecordSummary> ReadRecordSummaries(const std::string& path);
 
 class ViewAllWindow : public QDialog {
   Q_OBJECT

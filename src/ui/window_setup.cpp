@@ -1,6 +1,8 @@
 #include "ui/window_setup.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace qm::ui {
 
@@ -22,20 +24,18 @@ QSize FitToScreen(QSize wanted, const QRect& available) {
 QPalette SchemePalette(const ColourTable& colours) {
   const auto& c = colours.colour;
   QPalette palette;
+  // Each role of the active and inactive groups and the scheme colour it takes.
+  const std::array<std::pair<QPalette::ColorRole, int>, 13> roles = {{
+      {QPalette::Window, kGridColour},        {QPalette::WindowText, kTextColour},
+      {QPalette::Base, kCellColour},          {QPalette::AlternateBase, kButtonColour},
+      {QPalette::Text, kTextColour},          {QPalette::PlaceholderText, kCandidateColour},
+      {QPalette::Button, kButtonColour},      {QPalette::ButtonText, kTextColour},
+      {QPalette::Highlight, kHighlightColour}, {QPalette::HighlightedText, kTextColour},
+      {QPalette::ToolTipBase, kCellColour},   {QPalette::ToolTipText, kTextColour},
+      {QPalette::Link, kClueColour},
+  }};
   for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
-    palette.setColor(group, QPalette::Window, ToQColor(c[kGridColour]));
-    palette.setColor(group, QPalette::WindowText, ToQColor(c[kTextColour]));
-    palette.setColor(group, QPalette::Base, ToQColor(c[kCellColour]));
-    palette.setColor(group, QPalette::AlternateBase, ToQColor(c[kButtonColour]));
-    palette.setColor(group, QPalette::Text, ToQColor(c[kTextColour]));
-    palette.setColor(group, QPalette::PlaceholderText, ToQColor(c[kCandidateColour]));
-    palette.setColor(group, QPalette::Button, ToQColor(c[kButtonColour]));
-    palette.setColor(group, QPalette::ButtonText, ToQColor(c[kTextColour]));
-    palette.setColor(group, QPalette::Highlight, ToQColor(c[kHighlightColour]));
-    palette.setColor(group, QPalette::HighlightedText, ToQColor(c[kTextColour]));
-    palette.setColor(group, QPalette::ToolTipBase, ToQColor(c[kCellColour]));
-    palette.setColor(group, QPalette::ToolTipText, ToQColor(c[kTextColour]));
-    palette.setColor(group, QPalette::Link, ToQColor(c[kClueColour]));
+    for (const auto& [role, colour] : roles) palette.setColor(group, role, ToQColor(c[static_cast<std::size_t>(colour)]));
   }
   // Disabled entries: the candidates' colour, which is readable but quieter.
   palette.setColor(QPalette::Disabled, QPalette::Window, ToQColor(c[kGridColour]));

@@ -2,8 +2,9 @@
 
 #include <set>
 
+#include "commands/record_commands.h"
 #include "core/collection_file.h"
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "support/cli_run.h"
 #include "support/created_puzzles.h"
 #include "support/test_files.h"

@@ -1,11 +1,11 @@
-#include "collections/sort_file.h"
+#include "commands/sort_commands.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <random>
 
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "core/text_rules.h"
 #include "support/records.h"
 #include "support/scoped_conditions.h"

@@ -1,3 +1,4 @@
+#include "commands/record_commands.h"
 #include "core/collection_file.h"
 
 #include <gtest/gtest.h>
@@ -5,7 +6,7 @@
 #include <filesystem>
 #include <random>
 
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "support/test_files.h"
 
 namespace qm {

@@ -1,8 +1,9 @@
+#include "commands/grid_commands.h"
 #include "core/rule_checks.h"
 
 #include <gtest/gtest.h>
 
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "support/test_grids.h"
 
 namespace qm {

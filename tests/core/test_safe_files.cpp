@@ -11,9 +11,11 @@
 #include <random>
 #include <thread>
 
+#include "commands/record_commands.h"
+#include "commands/settings_commands.h"
 #include "core/collection_file.h"
 #include "core/file_replace.h"
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "core/text_file.h"
 #include "settings/config_file.h"
 #include "support/cli_run.h"

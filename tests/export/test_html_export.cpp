@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "support/scoped_conditions.h"
 #include "support/test_files.h"
 
@@ -28,13 +28,15 @@ class HtmlExport : public ::testing::Test {
   }
   std::string Page(const Strings& directories) {
     std::string page;
-    EXPECT_TRUE(BuildHtmlPage(model, port, "D$@", directories, page));
+    EXPECT_TRUE(BuildHtmlPage(model, asked, "D$@", directories, page));
     return page;
   }
 
   test::TempDir dir;
   PuzzleModel model;
   HeadlessPort port;
+  // The question the save command asks between the tables.
+  std::function<bool()> asked = [this] { return port.AskYesNo("Save Solution also?"); };
 };
 
 TEST_F(HtmlExport, FillsThePuzzleAndTheSolutionTables) {
@@ -61,9 +63,9 @@ TEST_F(HtmlExport, FindsTheTemplateHereThenBesideTheProgram) {
   }
   port.questions.clear();
   std::string page;
-  EXPECT_FALSE(BuildHtmlPage(model, port, "", {dir.File("none")}, page));
+  EXPECT_FALSE(BuildHtmlPage(model, asked, "", {dir.File("none")}, page));
   SetSize(model, 6);
-  EXPECT_FALSE(BuildHtmlPage(model, port, "", {QUILLMERE_APP_DIR}, page));
+  EXPECT_FALSE(BuildHtmlPage(model, asked, "", {QUILLMERE_APP_DIR}, page));
   EXPECT_TRUE(port.questions.empty());
 
   // The shipped templates fill every position of both tables.

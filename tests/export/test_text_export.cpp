@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "core/collection_file.h"
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "support/test_files.h"
 
 namespace qm {

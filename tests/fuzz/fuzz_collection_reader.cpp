@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-#include "collections/sort_file.h"
+#include "commands/sort_commands.h"
 #include "core/collection_file.h"
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "core/rule_checks.h"
 #include "core/text_file.h"
 #include "reasoning/ladder.h"

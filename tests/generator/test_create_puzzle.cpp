@@ -5,7 +5,8 @@
 #include <map>
 #include <set>
 
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
+#include "commands/run_control.h"
 #include "core/rule_checks.h"
 #include "solver/candidates.h"
 #include "solver/solve_driver.h"
@@ -56,16 +57,17 @@ class CreatePuzzleTest : public ::testing::Test {
     SetSize(model, n);
     generator.ClueSpec = clueSpec;
     generator.RequestedLevel = level;
-    return CreatePuzzle(model, port, generator);
+    return CreatePuzzle(model, run, generator);
   }
   PuzzleModel model;
   HeadlessPort port;
+  RunControl run{model, port};
   Generator generator;
 };
 
 TEST_F(CreatePuzzleTest, EveryClueRuleGivesASoundPuzzleOfItsLevel) {
   SeedRandom(model, 2026);
-  model.CancelRequest = kYes;  // a stale request is cleared first
+  run.CancelRequest = kYes;  // a stale request is cleared first
   // N, ClueSpec, level; the recorded clue count's range; the clue cells (-1: as recorded).
   for (const std::array<int, 6>& c : std::vector<std::array<int, 6>>{
            {3, 99, 4, 0, 0, -1}, {4, 99, 1, 0, 0, -1}, {5, 99, 2, 2, 2, -1}, {6, 99, 4, 12, 12, -1},
@@ -99,7 +101,7 @@ TEST_F(CreatePuzzleTest, EveryKeptSignIsNeeded) {
       PuzzleModel without = model;
       without.PosText[k].clear();
       PrepareCandidates(without);
-      EXPECT_NE(SolveByLogic(without, port).status, kSolved) << "N " << n << ", sign at " << k;
+      EXPECT_NE(SolveByLogic(without).status, kSolved) << "N " << n << ", sign at " << k;
     }
   }
 }
@@ -108,7 +110,7 @@ TEST_F(CreatePuzzleTest, CancelDuringReductionBlanksTheDisplayAndAHundredFailure
   SeedRandom(model, 11);  // a stream in which signs alone never finish a 9x9
   model.SolverBusy = true;
   int calls = 0;  // the grid is redrawn once the clues are settled; reduction follows
-  port.onProcessEvents = [&] { model.CancelRequest = port.gridRedraws > 0 && ++calls >= 5 ? kYes : kNo; };
+  port.onProcessEvents = [&] { run.CancelRequest = port.gridRedraws > 0 && ++calls >= 5 ? kYes : kNo; };
   EXPECT_EQ(Create(6, 99, 3), -1);
   EXPECT_FALSE(model.SolverBusy);
   std::set<int> blanked;

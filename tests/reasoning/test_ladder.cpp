@@ -9,7 +9,6 @@
 #include <random>
 
 #include "core/collection_file.h"
-#include "core/headless_port.h"
 #include "generator/create_puzzle.h"
 #include "solver/solution_search.h"
 #include "support/random_square.h"
@@ -183,11 +182,10 @@ TEST(Ladder, EveryStepKeepsTheTrueSolution) {
 TEST(Ladder, FinishesWhatTheSixTechniquesFinishAndGrades) {
   const std::string collection = std::string(QUILLMERE_APP_DIR) + "puzzles.fut";
   PuzzleModel model;
-  HeadlessPort port;
   const int count = CountPuzzles(collection);
   ASSERT_GT(count, 50);
   for (int i = 1; i <= count; ++i) {
-    ASSERT_FALSE(ReadPuzzle(model, port, collection, i).notFound);
+    ASSERT_FALSE(LoadPuzzle(model, collection, i).notFound);
     const Explanation result = ExplainModel(model);
     EXPECT_TRUE(result.solved) << "puzzle " << i;
     EXPECT_GE(result.grade.level, kSingles);
@@ -204,7 +202,7 @@ TEST(Ladder, FinishesWhatTheSixTechniquesFinishAndGrades) {
     generator.RequestedLevel = 1 + i % 4;
     do {
       SetSize(made, 3 + i % 5);
-    } while (CreatePuzzle(made, port, generator) != 99);
+    } while (CreatePuzzle(made, QuietRun(), generator) != 99);
     EXPECT_TRUE(ExplainModel(made).solved) << i;
   }
 

@@ -2,7 +2,8 @@
 
 #include <filesystem>
 
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
+#include "commands/settings_commands.h"
 #include "settings/colour_schemes.h"
 #include "settings/config_file.h"
 #include "support/test_files.h"

@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
+#include "commands/solving_commands.h"
 #include "support/test_grids.h"
 
 namespace qm {

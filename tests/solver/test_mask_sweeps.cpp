@@ -4,7 +4,6 @@
 #include <numeric>
 #include <random>
 
-#include "core/headless_port.h"
 #include "solver/candidates.h"
 #include "solver/mask_sweeps.h"
 #include "solver/solve_driver.h"
@@ -54,7 +53,6 @@ PuzzleModel RandomGrid(int n, std::mt19937& random) {
 
 TEST(MaskSweeps, AgreeWithTheTextTechniquesOnEveryGrid) {
   std::mt19937 random(31);
-  HeadlessPort port;
   int solved = 0;
   for (int trial = 0; trial < 1500; ++trial) {
     PuzzleModel masks = RandomGrid(3 + trial % 7, random);
@@ -62,8 +60,8 @@ TEST(MaskSweeps, AgreeWithTheTextTechniquesOnEveryGrid) {
     PuzzleModel texts = masks;
     MaskGrid grid;
     ASSERT_TRUE(LoadMaskGrid(masks, grid));
-    const SolveOutcome fast = SolveByLogic(masks, port);
-    const SolveOutcome reference = SolveByLogicOnTexts(texts, port);
+    const SolveOutcome fast = SolveByLogic(masks);
+    const SolveOutcome reference = SolveByLogicOnTexts(texts);
     ASSERT_EQ(SaveCandidates(masks), SaveCandidates(texts)) << "trial " << trial;
     ASSERT_EQ(fast.status, reference.status) << "trial " << trial;
     ASSERT_EQ(fast.sweeps, reference.sweeps) << "trial " << trial;
@@ -84,9 +82,8 @@ TEST(MaskSweeps, GridsTheMasksCannotHoldTakeTheTextPath) {
     PuzzleModel odd = m;
     odd.PosText[0] = text;
     EXPECT_FALSE(LoadMaskGrid(odd, grid)) << text;
-    HeadlessPort port;
     PuzzleModel reference = odd;
-    EXPECT_EQ(SolveByLogic(odd, port).message, SolveByLogicOnTexts(reference, port).message);
+    EXPECT_EQ(SolveByLogic(odd).message, SolveByLogicOnTexts(reference).message);
     EXPECT_EQ(SaveCandidates(odd), SaveCandidates(reference));
   }
 }

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "commands/headless_port.h"
+#include "commands/record_commands.h"
+#include "commands/run_control.h"
 #include "core/collection_file.h"
-#include "core/headless_port.h"
 #include "core/rule_checks.h"
 #include "solver/candidates.h"
 #include "support/test_files.h"
@@ -24,123 +26,60 @@ class Driver : public ::testing::Test {
   test::TempDir dir;
   PuzzleModel model;
   HeadlessPort port;
+  RunControl run{model, port};
 };
 
 TEST_F(Driver, SolvedStalledAndBrokenGrids) {
   model = Grid({"1.2.3", ".....", "2.3.1", ".....", "3.1.2"});
   PrepareCandidates(model);
-  SolveOutcome outcome = SolveByLogic(model, port);
+  SolveOutcome outcome = SolveByLogic(model, run);
   EXPECT_EQ(outcome.status, 99);
   EXPECT_EQ(outcome.sweeps, 0);
   EXPECT_EQ(outcome.message, "Are we done?");
 
   SetSize(model, 4);
   PrepareCandidates(model);
-  outcome = SolveByLogic(model, port);
+  outcome = SolveByLogic(model, run);
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.sweeps, 0);
   EXPECT_EQ(outcome.message, "No error but not done yet");
 
   model = Grid({"1.1..", ".....", ".....", ".....", "....."});
   PrepareCandidates(model);
-  outcome = SolveByLogic(model, port);
+  outcome = SolveByLogic(model, run);
   EXPECT_EQ(outcome.status, -1);
   EXPECT_EQ(outcome.message.rfind("ERROR:", 0), 0u) << outcome.message;
-  EXPECT_EQ(model.StepMode, 0);
+  EXPECT_EQ(run.StepMode, 0);
 }
 
 TEST_F(Driver, CancelRequestReturnsAtOnceAndTouchesNothing) {
   LoadSample();
   PrepareCandidates(model);
   const std::string before = SaveCandidates(model);
-  model.CancelRequest = kYes;
-  const SolveOutcome outcome = SolveByLogic(model, port);
+  run.CancelRequest = kYes;
+  const SolveOutcome outcome = SolveByLogic(model, run);
   EXPECT_EQ(outcome.status, -1);
   EXPECT_EQ(outcome.message, "Canceled");
   EXPECT_EQ(SaveCandidates(model), before);
   EXPECT_EQ(port.processEventsCalls, 0);
-  EXPECT_EQ(model.CancelRequest, kYes);  // the solver never clears it
+  EXPECT_EQ(run.CancelRequest, kYes);  // the solver never clears it
 }
 
 TEST_F(Driver, CancelDuringASweepStopsAtTheNextOne) {
   LoadSample();
   PrepareCandidates(model);
-  port.onProcessEvents = [&] { model.CancelRequest = kYes; };
-  const SolveOutcome outcome = SolveByLogic(model, port);
+  port.onProcessEvents = [&] { run.CancelRequest = kYes; };
+  const SolveOutcome outcome = SolveByLogic(model, run);
   EXPECT_EQ(outcome.message, "Canceled");
   EXPECT_EQ(outcome.sweeps, 1);  // the sweep in progress finished
-}
-
-TEST_F(Driver, AutoSolveKeepsASolutionAndReportsDone) {
-  LoadSample();
-  const AutoSolveResult result = AutoSolve(model, port);
-  EXPECT_EQ(result.solve.status, 99);
-  EXPECT_EQ(result.outcome, "Done");
-  EXPECT_EQ(port.messages, std::vector<std::string>{"Done"});
-  EXPECT_EQ(port.progressLines, (std::vector<std::string>{"Solving...", "Solved"}));
-  EXPECT_EQ(SaveCandidates(model), "1,2,3,4,3,4,1,2,4,1,2,3,2,3,4,1,");
-  EXPECT_FALSE(port.Busy());
-  EXPECT_FALSE(model.SolverBusy);
-
-  const AutoSolveResult again = AutoSolve(model, port);
-  EXPECT_EQ(again.outcome, "Solved already?");
-  EXPECT_EQ(again.solve.status, 99);
-  EXPECT_EQ(again.solve.sweeps, 0);
-  EXPECT_EQ(again.solve.message, "");
-}
-
-TEST_F(Driver, AutoSolvePutsBackTheTextsWhenItFails) {
-  SetSize(model, 4);
-  model.PosText[0] = "1";
-  const std::string before = SaveCandidates(model);
-  AutoSolveResult result = AutoSolve(model, port);
-  EXPECT_EQ(result.outcome, "This puzzle has multiple solutions");
-  EXPECT_EQ(SaveCandidates(model), before);
-
-  model = Grid({"1.1..", ".....", ".....", ".....", "....."});
-  result = AutoSolve(model, port);
-  EXPECT_EQ(result.outcome, "This is not a valid puzzle");
-  EXPECT_EQ(model.PosText[2], "1");
-  EXPECT_EQ(model.PosText[4], "");
-
-  model = Grid({"1.2.3", ".....", "2.3.1", ".....", "3.1.2"});
-  model.PosText[0] = "";
-  model.CancelRequest = kYes;
-  EXPECT_EQ(AutoSolve(model, port).outcome, "This is not a valid puzzle");  // a cancel reads as invalid
-}
-
-TEST_F(Driver, PacedSolveWaitsExplainsAndEndsStepMode) {
-  LoadSample();
-  model.PacingInterval = 10;
-  int waits = 0;
-  port.onProcessEvents = [&] {
-    if (++waits == 3) model.StepGo = -1;  // the first go-on comes after a while
-  };
-  std::vector<int> targets;
-  port.onStep = [&](const SolveStep& step) { targets.push_back(step.target); };
-  const AutoSolveResult result = PacedAutoSolve(model, port);
-  EXPECT_EQ(result.outcome, "Done");
-  EXPECT_EQ(model.PacingInterval, 4000);
-  EXPECT_EQ(port.statusLines.front(),
-            "Press SpaceBar to continue, Pause Interval: |<Max, >|Min, <larger, >smaller, ><4 secs");
-  EXPECT_EQ(model.StepMode, 0);
-  EXPECT_TRUE(port.timerEnabled);
-  ASSERT_FALSE(port.steps.empty());
-  EXPECT_EQ(port.steps.front().line, "Remove single values 3 from row 1");
-  // Candidate cells were first drawn with every digit, without touching their texts.
-  EXPECT_EQ(port.shownTexts.front(), (std::pair<int, std::string>{0, "1234"}));
-  int changes = 0;
-  for (int c : result.solve.changes) changes += c;
-  EXPECT_EQ(changes, static_cast<int>(port.steps.size()));
-  EXPECT_EQ(result.solve.changes[static_cast<std::size_t>(Technique::OrderPropagate)], 0);
 }
 
 TEST_F(Driver, QuietAndExplainedSolvesReachTheSameGrid) {
   for (bool explained : {false, true}) {
     LoadSample();
     PrepareCandidates(model);
-    model.StepMode = explained ? -1 : 0;
-    const SolveOutcome outcome = SolveByLogic(model, port);
+    run.StepMode = explained ? -1 : 0;
+    const SolveOutcome outcome = SolveByLogic(model, run);
     EXPECT_EQ(outcome.status, 99);
     EXPECT_EQ(SaveCandidates(model), "1,2,3,4,3,4,1,2,4,1,2,3,2,3,4,1,");
   }

@@ -1,6 +1,5 @@
 #include "support/created_puzzles.h"
 
-#include "core/headless_port.h"
 #include "core/rule_checks.h"
 #include "core/text_rules.h"
 #include "solver/candidates.h"
@@ -25,9 +24,8 @@ namespace qm::test {
   if (const CheckResult check = CheckGrid(filled); check.result != kSolved) {
     return ::testing::AssertionFailure() << "the stored solution fails: " << check.message;
   }
-  HeadlessPort port;
   PrepareCandidates(solving);
-  if (const SolveOutcome outcome = SolveByLogic(solving, port); outcome.status != kSolved) {
+  if (const SolveOutcome outcome = SolveByLogic(solving); outcome.status != kSolved) {
     return ::testing::AssertionFailure() << "the logic solve ends with " << outcome.status;
   }
   for (int k = 0; k <= model.LastPosition; ++k) {

@@ -8,6 +8,7 @@
 
 #include "commands/coach_state.h"
 #include "commands/stall_verdict.h"
+#include "commands/record_commands.h"
 #include "core/collection_file.h"
 #include "solver/candidates.h"
 #include "ui/coach_controller.h"
@@ -333,15 +334,15 @@ class CoachTest : public QObject {
     auto* description = f_->window->findChild<QLineEdit*>("label3");
     description->setFocus();
     const QString text = description->text();
-    Model().StepMode = -1;
-    Model().StepGo = 0;
+    f_->window->Run().StepMode = -1;
+    f_->window->Run().StepGo = 0;
     QTest::keyClick(description, Qt::Key_Space);
-    QCOMPARE(Model().StepGo, std::int16_t{-1});
+    QCOMPARE(f_->window->Run().StepGo, std::int16_t{-1});
     QCOMPARE(description->text(), text);
-    Model().StepGo = 0;
+    f_->window->Run().StepGo = 0;
     QTest::keyClick(f_->window->findChild<QPushButton*>("UndoMan"), Qt::Key_Space);
-    QCOMPARE(Model().StepGo, std::int16_t{-1});
-    Model().StepMode = 0;
+    QCOMPARE(f_->window->Run().StepGo, std::int16_t{-1});
+    f_->window->Run().StepMode = 0;
     QTest::keyClick(description, Qt::Key_Space);  // outside a paced solve a space is a space
     QCOMPARE(description->text(), text + " ");
   }

@@ -5,6 +5,7 @@
 #include <QtTest>
 
 #include "commands/solution_path.h"
+#include "commands/record_commands.h"
 #include "core/collection_file.h"
 #include "solver/candidates.h"
 #include "ui/coach_controller.h"

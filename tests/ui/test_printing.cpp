@@ -1,12 +1,13 @@
 #include <QAction>
+#include <QCheckBox>
 #include <QComboBox>
-#include <QImage>
-#include <QPrintPreviewDialog>
+#include <QDoubleSpinBox>
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
-#include <QTimer>
+#include <QRegularExpression>
 #include <QSpinBox>
+#include <QTimer>
 #include <QStandardPaths>
 #include <QtTest>
 #include <filesystem>
@@ -26,7 +27,6 @@ class PrintingTest : public QObject {
   std::unique_ptr<MainWindow> window_;
   QStringList messages_;
   QString pdf_;
-  int previews_ = 0;
 
   std::string AppDir() const { return dir_->Path() + "/"; }
 
@@ -38,13 +38,41 @@ class PrintingTest : public QObject {
     return pages;
   }
 
-  // The preview prints at once, as its print button would.
-  void PrintFromPreview(QDialog& dialog) {
-    auto* preview = qobject_cast<QPrintPreviewDialog*>(&dialog);
-    QVERIFY(preview != nullptr);
-    ++previews_;
-    emit preview->paintRequested(preview->printer());
-    preview->accept();
+  // Page setup: accepted as it stands, or first turned to another size and orientation
+  // as a person would with its controls.
+  QPageSize::PageSizeId setupSize_ = QPageSize::Custom;  // Custom: leave the size
+  bool setupLandscape_ = false;
+  bool cancelSetup_ = false;
+  QPageLayout shownLayout_;
+  int setups_ = 0;
+
+  void AnswerPageSetup(QDialog& dialog) {
+    auto* setup = qobject_cast<qm::ui::PageSetupDialog*>(&dialog);
+    QVERIFY(setup != nullptr);
+    ++setups_;
+    shownLayout_ = setup->Layout();
+    if (cancelSetup_) {
+      dialog.reject();
+      return;
+    }
+    if (setupSize_ != QPageSize::Custom) {
+      auto* sizes = dialog.findChild<QComboBox*>("PageSize");
+      const int index = sizes->findData(static_cast<int>(setupSize_));
+      QVERIFY(index >= 0);
+      sizes->setCurrentIndex(index);
+      dialog.findChild<QCheckBox*>("Landscape")->setChecked(setupLandscape_);
+      dialog.findChild<QDoubleSpinBox*>("LeftMargin")->setValue(20);
+    }
+    dialog.accept();
+  }
+
+  static QString PdfInfo(const QString& pdf) {
+    const QString tool = QStandardPaths::findExecutable("pdfinfo");
+    if (tool.isEmpty()) return {};
+    QProcess process;
+    process.start(tool, {pdf});
+    process.waitForFinished();
+    return QString::fromUtf8(process.readAllStandardOutput());
   }
 
  private slots:
@@ -65,56 +93,90 @@ class PrintingTest : public QObject {
     window_->SetPrintToPdf(true);
     window_->StartUp();
     messages_.clear();
-    previews_ = 0;
+    setupSize_ = QPageSize::Custom;
+    setupLandscape_ = false;
+    cancelSetup_ = false;
+    setups_ = 0;
   }
   void cleanup() { window_.reset(); }
 
-  void printsARangeFourToAPageWithTheSolutionsAfter() {
+  void printsARangeFourToAPageWithTheAnswersAfterToOneNamedFile() {
     window_->SetModalHandler([this](QDialog& dialog) {
       if (qobject_cast<qm::ui::PrintRangeDialog*>(&dialog) != nullptr) {
         dialog.findChild<QSpinBox*>("First")->setValue(1);
-        dialog.findChild<QSpinBox*>("Last")->setValue(12);
+        dialog.findChild<QSpinBox*>("Last")->setValue(30);
         QCOMPARE(dialog.findChild<QComboBox*>("PerPage")->currentText(), QString("4"));
+        QCOMPARE(dialog.findChild<QSpinBox*>("AnswersPerPage")->value(), 12);
         dialog.accept();
         return;
       }
-      PrintFromPreview(dialog);
+      AnswerPageSetup(dialog);
     });
+    pdf_ = QString::fromStdString(AppDir() + "book");  // named without ".pdf"
     window_->findChild<QAction*>("mnuprintfile")->trigger();
-    QCOMPARE(previews_, 1);
-    QVERIFY(messages_.isEmpty());
-    const std::string bytes = qm::test::ReadBytes(pdf_.toStdString());
+    const QString written = pdf_ + ".pdf";
+    QCOMPARE(setups_, 1);
+    QCOMPARE(messages_, QStringList{"Pages saved as PDF File:\r\n" + written});
+    const std::string bytes = qm::test::ReadBytes(written.toStdString());
     QVERIFY(bytes.starts_with("%PDF"));
-    QCOMPARE(PageCount(bytes), 6);  // three pages of puzzles, three of solutions
+    QCOMPARE(PageCount(bytes), 11);  // eight pages of puzzles, three of answers
     QCOMPARE(window_->Model().CurrentPuzzle, 1);  // the shown puzzle stays
+    // With nothing chosen before, the page setup offered the book margins.
+    QCOMPARE(shownLayout_.margins(QPageLayout::Millimeter).left(), qm::render::kBookMarginMm);
 
-    // Page 1 as a picture: there is ink on it, in all four quarters.
-    const QString renderer = QStandardPaths::findExecutable("pdftoppm");
-    if (renderer.isEmpty()) QSKIP("pdftoppm (poppler-utils) is not installed");
-    const QString png = QString::fromStdString(AppDir() + "page");
-    QCOMPARE(QProcess::execute(renderer, {"-png", "-r", "40", "-f", "1", "-l", "1", "-singlefile", pdf_, png}), 0);
-    const QImage page(png + ".png");
-    if (qEnvironmentVariableIsSet("QM_KEEP_PRINT")) page.save(qEnvironmentVariable("QM_KEEP_PRINT"));
-    QVERIFY(!page.isNull());
-    for (int quarter = 0; quarter < 4; ++quarter) {
-      const int x0 = (quarter % 2) * page.width() / 2;
-      const int y0 = (quarter / 2) * page.height() / 2;
-      int dark = 0;
-      for (int y = y0; y < y0 + page.height() / 2; ++y) {
-        for (int x = x0; x < x0 + page.width() / 2; ++x) dark += qGray(page.pixel(x, y)) < 128 ? 1 : 0;
-      }
-      QVERIFY2(dark > 100, qPrintable(QStringLiteral("quarter %1 is empty").arg(quarter)));
-    }
+    const QString info = PdfInfo(written);
+    if (info.isEmpty()) QSKIP("pdfinfo (poppler-utils) is not installed");
+    QVERIFY2(info.contains(QRegularExpression("Title: +puzzles.fut")), qPrintable(info));
   }
 
-  void printsTheCurrentPuzzleAndStopsWhenTheChooserIsCancelled() {
-    window_->SetModalHandler([this](QDialog& dialog) { PrintFromPreview(dialog); });
+  void thePageSetupIsKeptForTheNextPrint() {
+    window_->SetDialogHandler([this](const QString& text, bool question) {
+      messages_ << text;
+      return !question || text.startsWith("Print the solution");  // keep the existing file
+    });
+    window_->SetModalHandler([this](QDialog& dialog) { AnswerPageSetup(dialog); });
+    setupSize_ = QPageSize::Letter;
+    setupLandscape_ = true;
     window_->findChild<QAction*>("mnuprintcurrent")->trigger();
+    QCOMPARE(PageCount(qm::test::ReadBytes(pdf_.toStdString())), 2);  // the puzzle, then its solution
+
+    // The next print starts from Letter, landscape; the answer No to the overwrite
+    // question leaves the file as it was.
+    setupSize_ = QPageSize::Custom;
+    const std::string before = qm::test::ReadBytes(pdf_.toStdString());
+    window_->findChild<QAction*>("mnuprintcurrent")->trigger();
+    QCOMPARE(shownLayout_.pageSize().id(), QPageSize::Letter);
+    QCOMPARE(shownLayout_.orientation(), QPageLayout::Landscape);
+    QCOMPARE(shownLayout_.margins(QPageLayout::Millimeter).left(), 20.0);
+    QCOMPARE(messages_.last(), "OverWrite file: " + pdf_ + " ?");
+    QCOMPARE(qm::test::ReadBytes(pdf_.toStdString()), before);
+
+    const QString info = PdfInfo(pdf_);
+    if (info.isEmpty()) QSKIP("pdfinfo (poppler-utils) is not installed");
+    QVERIFY2(info.contains("792 x 612 pts (letter)"), qPrintable(info));
+  }
+
+  void theCurrentPuzzleWithoutItsSolutionCancelAndFailure() {
+    window_->SetDialogHandler([this](const QString& text, bool) {
+      messages_ << text;
+      return !text.startsWith("Print the solution");
+    });
+    window_->SetModalHandler([this](QDialog& dialog) { AnswerPageSetup(dialog); });
+    window_->findChild<QAction*>("mnuprintcurrent")->trigger();
+    QCOMPARE(messages_.first(), QString("Print the solution on the next page?"));
     QCOMPARE(PageCount(qm::test::ReadBytes(pdf_.toStdString())), 1);
 
+    // Cancelling the page setup or the chooser ends the command with nothing written.
+    std::filesystem::remove(pdf_.toStdString());
+    messages_.clear();
+    cancelSetup_ = true;
+    window_->findChild<QAction*>("mnuprintcurrent")->trigger();
+    cancelSetup_ = false;
     pdf_.clear();
     window_->findChild<QAction*>("mnuprintcurrent")->trigger();
-    QCOMPARE(previews_, 1);
+    QCOMPARE(setups_, 3);
+    QCOMPARE(messages_, QStringList({"Print the solution on the next page?", "Print the solution on the next page?"}));
+    QVERIFY(!std::filesystem::exists(AppDir() + "print.pdf"));
 
     // A PDF that cannot be written is reported.
     pdf_ = QString::fromStdString(AppDir() + "no/such/dir/print.pdf");
@@ -125,7 +187,7 @@ class PrintingTest : public QObject {
   void cancelWhileTheRangeIsReadPrintsNothing() {
     window_->SetModalHandler([this](QDialog& dialog) {
       if (qobject_cast<qm::ui::PrintRangeDialog*>(&dialog) == nullptr) {
-        PrintFromPreview(dialog);
+        AnswerPageSetup(dialog);
         return;
       }
       // Cancel is pressed as soon as the window lets events through.
@@ -133,17 +195,36 @@ class PrintingTest : public QObject {
       dialog.accept();
     });
     window_->findChild<QAction*>("mnuprintfile")->trigger();
-    QCOMPARE(previews_, 0);
+    QCOMPARE(setups_, 0);
     QVERIFY(!std::filesystem::exists(pdf_.toStdString()));
-    QCOMPARE(window_->Model().CancelRequest, qm::kNo);
+    QCOMPARE(window_->Run().CancelRequest, qm::kNo);
   }
 
-  void theFileLayoutStartsTheSolutionsOnANewPage() {
-    std::vector<qm::ui::PrintedPuzzle> puzzles(5);
-    const auto items = qm::ui::FileLayout(puzzles, 4);
-    QCOMPARE(items.size(), std::size_t{13});
-    QVERIFY(items[4].puzzle == &puzzles[4] && items[5].puzzle == nullptr && items[7].puzzle == nullptr);
-    QVERIFY(items[8].puzzle == &puzzles[0] && items[8].solution);
+  void theAnswersCanBeLeftOut() {
+    window_->SetModalHandler([this](QDialog& dialog) {
+      if (qobject_cast<qm::ui::PrintRangeDialog*>(&dialog) != nullptr) {
+        dialog.findChild<QSpinBox*>("First")->setValue(3);
+        dialog.findChild<QSpinBox*>("Last")->setValue(11);
+        dialog.findChild<QComboBox*>("PerPage")->setCurrentText("9");
+        dialog.findChild<QCheckBox*>("Answers")->setChecked(false);
+        dialog.findChild<QCheckBox*>("Grades")->setChecked(true);
+        QVERIFY(!dialog.findChild<QSpinBox*>("AnswersPerPage")->isEnabled());
+        dialog.accept();
+        return;
+      }
+      AnswerPageSetup(dialog);
+    });
+    window_->findChild<QAction*>("mnuprintfile")->trigger();
+    QCOMPARE(PageCount(qm::test::ReadBytes(pdf_.toStdString())), 1);
+
+    // Each caption names its puzzle's grade (all nine are Moderate; no description says so).
+    const QString text = QStandardPaths::findExecutable("pdftotext");
+    if (text.isEmpty()) QSKIP("pdftotext (poppler-utils) is not installed");
+    QProcess process;
+    process.start(text, {"-layout", pdf_, "-"});
+    process.waitForFinished();
+    const QString page = QString::fromUtf8(process.readAllStandardOutput());
+    QVERIFY2(page.count("Moderate") == 9, qPrintable(page));
   }
 };
 

@@ -28,7 +28,7 @@ class ViewAllTest : public QObject {
     qm::test::WriteBytes(file, qm::test::CrLf({"#1", "Three", "3 4 0", ".....", ".....", ".....", ".....", ".....",
                                                "#2", "Old one", " 7 ", "x",  // the older 5x5 size line
                                                "#3", "#4", "Cut", "not a size"}));
-    const auto records = qm::ui::ReadRecordSummaries(file);
+    const auto records = qm::ReadRecordSummaries(file);
     QCOMPARE(records.size(), std::size_t{4});
     QCOMPARE(records[0].size, 3);
     QCOMPARE(records[0].signs, 4);
@@ -39,7 +39,7 @@ class ViewAllTest : public QObject {
     QCOMPARE(records[1].clues, -1);
     QCOMPARE(records[2].comment, std::string());  // a record with nothing after its "#" line
     QCOMPARE(records[3].comment, std::string("Cut"));
-    QVERIFY(qm::ui::ReadRecordSummaries(AppDir() + "gone.fut").empty());
+    QVERIFY(qm::ReadRecordSummaries(AppDir() + "gone.fut").empty());
   }
 
   void listsTheCollectionAndOpensADoubleClickedPuzzle() {

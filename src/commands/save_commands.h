@@ -4,23 +4,17 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
+#include "core/command_result.h"
 #include "core/file_replace.h"
 #include "core/puzzle_model.h"
 #include "core/window_port.h"
 
 namespace qm {
 
-// How a command ended: the user cancelled (nothing happened), it did its work, or it
-// reported a failure.
-enum class CommandResult { Cancelled, Done, Failed };
-
 inline constexpr const char* kCollectionPatterns = "*.fut;*.txt;*.dat";
 inline constexpr const char* kCollectionDescription = "Quillmere Files";
-
-// The directory the choosers start in: the model's AppDir, or the program's directory
-// when the model was made without one.
-std::string ApplicationDirectoryOf(const PuzzleModel& model);
 
 // The file chooser; the process's current directory is the same afterwards whatever
 // the chooser did to it. The empty string when the user cancelled.
@@ -49,5 +43,16 @@ struct SaveCommand {
 // "Error writing to file: NAME". A failed write leaves an existing file as it was.
 CommandResult RunSaveCommand(const PuzzleModel& model, WindowPort& port, const SaveCommand& command,
                              const FileWriter& write);
+
+// Puzzle -> "Save As" -> "Text File": the drawing of the current puzzle (its ordinal and
+// its comment).
+CommandResult mnusavetxt(const PuzzleModel& model, WindowPort& port);
+// Puzzle -> "Save As" -> "XLS File": the worksheet of the current puzzle.
+CommandResult mnusavexls(const PuzzleModel& model, WindowPort& port);
+// The web page of the current puzzle (its comment as the description), asking "Save
+// Solution also?" once the puzzle table is done; a missing template ends in "Error
+// writing to file: NAME".
+CommandResult SaveHtmlFile(const PuzzleModel& model, WindowPort& port,
+                           const std::vector<std::string>& templateDirectories);
 
 }  // namespace qm

@@ -1,10 +1,12 @@
-#include "collections/collection_commands.h"
+#include "commands/collection_commands.h"
 
 #include <algorithm>
 #include <filesystem>
 
+#include "commands/record_commands.h"
 #include "core/collection_file.h"
 #include "core/file_replace.h"
+#include "core/record_scanner.h"
 #include "core/text_file.h"
 #include "core/text_rules.h"
 
@@ -14,13 +16,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A record whose skip runs this long without meeting the next "#" line ends the skip.
-constexpr int kMaxRecordLines = 100;
+// Deleting skips at most this many lines after the record line; the line after them is
+// kept whatever it holds.
+constexpr int kMaxSkippedLines = 99;
 constexpr int kBackupNumbers = 99;
 
 const std::string kLineBreakText(kLineBreak);
-
-bool IsRecordLine(const std::string& line) { return !line.empty() && line[0] == '#'; }
 
 bool Exists(const std::string& path) {
   std::error_code ec;
@@ -89,22 +90,14 @@ bool CopyWithoutRecord(const std::string& path, int n, std::string& kept) {
   LineReader in(path);
   if (!in.IsOpen()) return false;
   TextBuilder out;
-  out.Reserve(static_cast<std::size_t>(FileLength(path).value_or(0)) + 2 * kMaxRecordLines);
-  int counter = 0;
-  std::string line;
-  while (in.ReadLine(line)) {
-    if (IsRecordLine(line) && ++counter == n) {
-      bool ended = false;
-      for (int i = 0; i < kMaxRecordLines; ++i) {
-        if (!in.ReadLine(line)) {
-          ended = true;
-          break;
-        }
-        if (IsRecordLine(line)) break;
-      }
-      if (ended) break;
-    }
-    out.Line(line);
+  out.Reserve(static_cast<std::size_t>(FileLength(path).value_or(0)) + 2 * kMaxSkippedLines);
+  RecordScanner scanner(in, RecordRules{0, kMaxSkippedLines});
+  const auto keep = [&out](std::string_view line) { out.Line(line); };
+  const auto skip = [](std::string_view) {};
+  for (int counter = 1; scanner.NextRecord(keep); ++counter) {
+    const bool deleting = counter == n;
+    if (!deleting) out.Line(scanner.RecordLine());
+    if (!(deleting ? scanner.ReadBody(skip) : scanner.ReadBody(keep))) break;
   }
   kept = out.Release();
   return !in.Failed();

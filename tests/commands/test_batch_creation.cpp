@@ -1,9 +1,10 @@
-#include "generator/batch_creation.h"
+#include "commands/batch_creation.h"
 
 #include <gtest/gtest.h>
 
+#include "commands/record_commands.h"
 #include "core/collection_file.h"
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "core/text_rules.h"
 #include "support/created_puzzles.h"
 #include "support/test_files.h"
@@ -21,7 +22,7 @@ class Batch : public ::testing::Test {
     options.stamp = "2026-03-04 05:06:07";
     SeedRandom(model, 77);
   }
-  BatchResult Run() { return CreatePuzzles(model, port, generator, settings, options); }
+  BatchResult Run() { return CreatePuzzles(model, run, generator, settings, options); }
 
   test::TempDir dir;
   std::string file = dir.File("new.fut");
@@ -29,6 +30,7 @@ class Batch : public ::testing::Test {
   BatchOptions options;
   PuzzleModel model;
   HeadlessPort port;
+  RunControl run{model, port};
   Generator generator;
 };
 
@@ -57,11 +59,11 @@ TEST_F(Batch, CancelInTheThirdOfFiveKeepsTwo) {
   settings.count = 5;
   int seen = 0;  // inside the third puzzle's creation
   port.onProcessEvents = [&] {
-    if (port.ProgressLine() == "New 3 of 5" && ++seen == 2) model.CancelRequest = kYes;
+    if (port.ProgressLine() == "New 3 of 5" && ++seen == 2) run.CancelRequest = kYes;
   };
   EXPECT_EQ(Run().message, " 2 Puzzles added to file: " + file);
   EXPECT_EQ(CountPuzzles(file), 2);
-  EXPECT_EQ(model.CancelRequest, kNo);
+  EXPECT_EQ(run.CancelRequest, kNo);
 }
 
 // Puzzle i comes from its own stream, so the file is the same with any number of
@@ -83,14 +85,15 @@ TEST_F(Batch, WorkersWriteTheSameFileAndStopCleanly) {
 
   settings.count = 40;
   settings.outputFile = file;
-  port.onProcessEvents = [&] { model.CancelRequest = CountPuzzles(file) >= 3 ? kYes : kNo; };
+  port.onProcessEvents = [&] { run.CancelRequest = CountPuzzles(file) >= 3 ? kYes : kNo; };
   const int added = Run().added;
   EXPECT_TRUE(added >= 3 && added < 40) << added;
   EXPECT_EQ(CountPuzzles(file), added);
 
   HeadlessPort fresh;
+  RunControl freshRun(model, fresh);
   settings.outputFile = dir.Path();  // a directory
-  EXPECT_TRUE(CreatePuzzles(model, fresh, generator, settings, options).writeFailed);
+  EXPECT_TRUE(CreatePuzzles(model, freshRun, generator, settings, options).writeFailed);
   EXPECT_EQ(fresh.messages, (std::vector<std::string>{"Error writing puzzle# 1 to file: " + dir.Path(),
                                                        " 0 Puzzles added to file: " + dir.Path()}));
 }

@@ -1,4 +1,4 @@
-#include "generator/batch_creation.h"
+#include "commands/batch_creation.h"
 
 #include <algorithm>
 #include <atomic>
@@ -12,10 +12,11 @@
 #include <stdexcept>
 #include <thread>
 
+#include "commands/record_commands.h"
 #include "core/collection_file.h"
-#include "core/headless_port.h"
 #include "core/rule_checks.h"
 #include "core/text_rules.h"
+#include "generator/solution_builder.h"
 
 namespace qm {
 
@@ -44,12 +45,6 @@ void ShowPuzzleProgress(WindowPort& port, const BatchPlan& plan, int i, int n) {
                        lineBreak + plan.outputLine);
 }
 
-// ", Size=5x5, Constraints= 17, Clues= 4, Level= Easy"
-std::string PuzzleFacts(const PuzzleModel& model, const Generator& generator) {
-  return ", Size=" + SizeText(model.GridSize) + ", Constraints=" + Str(generator.SignCount) +
-         ", Clues= " + std::to_string(generator.ClueCount) +
-         ", Level= " + std::string(LevelNames[static_cast<std::size_t>(generator.LevelCode)]);
-}
 
 int CountClues(const PuzzleModel& model) {
   int clues = 0;
@@ -59,20 +54,22 @@ int CountClues(const PuzzleModel& model) {
 
 // Makes puzzle i in `model` from its own stream, trying until CreatePuzzle succeeds.
 // False when a cancel request stops it.
-bool MakeBatchPuzzle(PuzzleModel& model, WindowPort& port, Generator& generator, const BatchPlan& plan, int i) {
+// `shown` is told the size of each attempt before it starts.
+bool MakeBatchPuzzle(PuzzleModel& model, RunHooks& run, Generator& generator, const BatchPlan& plan, int i,
+                     const std::function<void(int n)>& shown) {
   SeedRandom(model, PuzzleStreamSeed(plan.base, plan.Index(i)));
   // Each puzzle starts from the cell order of a fresh set-up: the order another
   // puzzle left would tie it to the puzzles made before it on the same model.
   generator.CellOrderSize = 0;
   for (;;) {
-    port.ProcessEvents();
+    run.Yield();
     const int n = plan.gridSize == 0 ? RandomDraw(model, kMaxGridSize - kMinGridSize + 1) + kMinGridSize - 1
                                      : plan.gridSize;
     SetSize(model, n);
-    port.RedrawGrid();
-    ShowPuzzleProgress(port, plan, i, n);
-    if (model.CancelRequest == kYes) return false;
-    if (CreatePuzzle(model, port, generator) == kSolved && (!plan.accept || plan.accept(model))) return true;
+    run.GridChanged();
+    if (shown) shown(n);
+    if (run.Cancelled()) return false;
+    if (CreatePuzzle(model, run, generator) == kSolved && (!plan.accept || plan.accept(model))) return true;
   }
 }
 
@@ -85,6 +82,16 @@ struct FinishedPuzzle {
   int clueCount = 0;
   int signCount = 0;
   int level = 0;
+};
+
+// A worker's run: it stops when the batch stops.
+class StopHooks : public RunHooks {
+ public:
+  explicit StopHooks(const std::atomic<bool>& stop) : stop_(stop) {}
+  bool Cancelled() const override { return stop_; }
+
+ private:
+  const std::atomic<bool>& stop_;
 };
 
 // Worker threads that make the batch's puzzles ahead of the writer, each on a model of
@@ -105,7 +112,7 @@ class PuzzleWorkers {
 
   // Waits for puzzle i, letting the window's events through; nothing when the batch's
   // model receives a cancel request meanwhile.
-  std::optional<FinishedPuzzle> Take(int i, PuzzleModel& model, WindowPort& port) {
+  std::optional<FinishedPuzzle> Take(int i, RunControl& run) {
     std::unique_lock lock(mutex_);
     for (;;) {
       if (failure_) std::rethrow_exception(failure_);
@@ -118,9 +125,9 @@ class PuzzleWorkers {
       }
       changed_.wait_for(lock, std::chrono::milliseconds(20));
       lock.unlock();
-      port.ProcessEvents();
+      run.Yield();
       lock.lock();
-      if (model.CancelRequest == kYes) return std::nullopt;
+      if (run.Cancelled()) return std::nullopt;
     }
   }
 
@@ -149,11 +156,8 @@ class PuzzleWorkers {
           if (stop_ || next_ > plan_.count) return;
           i = next_++;
         }
-        HeadlessPort port;
-        port.onProcessEvents = [&] {
-          if (stop_) model.CancelRequest = kYes;
-        };
-        if (!MakeBatchPuzzle(model, port, generator, plan_, i)) return;
+        StopHooks run(stop_);
+        if (!MakeBatchPuzzle(model, run, generator, plan_, i, nullptr)) return;
         FinishedPuzzle puzzle{model.GridSize,     model.PosText,       model.GivenValue, model.SolutionText,
                               generator.ClueCount, generator.SignCount, generator.LevelCode};
         std::lock_guard lock(mutex_);
@@ -195,6 +199,47 @@ void LoadFinished(PuzzleModel& model, WindowPort& port, Generator& generator, Fi
 
 }  // namespace
 
+std::string PuzzleFacts(const PuzzleModel& model, const Generator& generator) {
+  return ", Size=" + SizeText(model.GridSize) + ", Constraints=" + Str(generator.SignCount) +
+         ", Clues= " + std::to_string(generator.ClueCount) +
+         ", Level= " + std::string(LevelNames[static_cast<std::size_t>(generator.LevelCode)]);
+}
+
+int CreateSinglePuzzle(PuzzleModel& model, RunControl& run, Generator& generator, const CreationSettings& settings) {
+  WindowPort& port = run.Port();
+  if (model.SolverBusy) return kBroken;
+  // The new puzzle takes the grid's place: unsaved edits go only with the user's consent.
+  if (model.Modified != 0 && !port.AskYesNo("Discard all changes?")) return kBroken;
+  run.CancelRequest = kNo;
+  port.SetBusy(true);
+  port.SetProgressLine("Creating New Puzzle");
+  model.SolverBusy = true;
+  generator.ClueSpec = settings.clueSpec;
+  generator.RequestedLevel = settings.level;
+  const int n = settings.gridSize != 0 ? settings.gridSize
+                                       : RandomDraw(model, kMaxGridSize - kMinGridSize + 1) + kMinGridSize - 1;
+  SetSize(model, n);
+  port.RedrawGrid();
+  const int result = CreatePuzzle(model, run, generator);
+  model.SolverBusy = false;
+  const bool cancelled = run.CancelRequest == kYes;
+  run.CancelRequest = kNo;
+  port.SetProgressLine("");
+  port.SetBusy(false);
+  if (result != kSolved) {
+    // A cancel blanked the grid already and needs no word; running out of attempts does.
+    if (!cancelled) port.ShowMessage("Could not create a unique puzzle");
+    port.RefreshPuzzleInfo();
+    return result;
+  }
+  model.Comment = AutoTitle(generator.LevelCode, ClockStamp());
+  model.Modified = 1;
+  port.SetStatusLine("New Puzzle" + PuzzleFacts(model, generator));
+  port.RedrawGrid();
+  port.RefreshPuzzleInfo();
+  return result;
+}
+
 std::string AutoTitle(int level, std::string_view stamp) {
   return "Auto (" + std::string(LevelNames[static_cast<std::size_t>(level)]) + ") " + std::string(stamp);
 }
@@ -216,8 +261,9 @@ std::uint64_t PuzzleStreamSeed(std::uint64_t base, int i) {
   return z ^ (z >> 31);
 }
 
-BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& generator,
+BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& generator,
                           const CreationSettings& settings, const BatchOptions& options) {
+  WindowPort& port = run.Port();
   if (settings.gridSize != 0 && (settings.gridSize < kMinGridSize || settings.gridSize > kMaxGridSize)) {
     throw std::invalid_argument("grid size " + std::to_string(settings.gridSize) + " is neither 0 nor 3..9");
   }
@@ -242,7 +288,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& gener
                        options.shardCount};
   const bool displayOnly = count == 1 && settings.displayOne;
 
-  model.CancelRequest = kNo;
+  run.CancelRequest = kNo;
   port.SetProgressLine("Creating New Puzzle");
   model.SolverBusy = true;
   generator.Queue.clear();
@@ -253,14 +299,15 @@ BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& gener
   int number = -1;  // the next record number, counted once before the first append
   for (int i = 1; i <= count; ++i) {
     if (workers) {
-      std::optional<FinishedPuzzle> puzzle = workers->Take(i, model, port);
+      std::optional<FinishedPuzzle> puzzle = workers->Take(i, run);
       if (!puzzle) {
         count = i - 1;
         break;
       }
       LoadFinished(model, port, generator, *puzzle);
       ShowPuzzleProgress(port, plan, i, model.GridSize);
-    } else if (!MakeBatchPuzzle(model, port, generator, plan, i)) {
+    } else if (!MakeBatchPuzzle(model, run, generator, plan, i,
+                                [&](int n) { ShowPuzzleProgress(port, plan, i, n); })) {
       count = i - 1;
       break;
     }
@@ -295,7 +342,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& gener
   }
   workers.reset();
 
-  model.CancelRequest = kNo;
+  run.CancelRequest = kNo;
   port.SetProgressLine("");
   ReadPuzzle(model, port, model.CurrentFile, remembered == -1 ? 1 : remembered);
   model.SolverBusy = false;

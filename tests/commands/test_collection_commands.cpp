@@ -1,11 +1,12 @@
-#include "collections/collection_commands.h"
+#include "commands/collection_commands.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 
+#include "commands/record_commands.h"
 #include "core/collection_file.h"
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "core/text_rules.h"
 #include "support/records.h"
 #include "support/scoped_conditions.h"

@@ -1,9 +1,9 @@
-#include "solver/solving_commands.h"
+#include "commands/solving_commands.h"
 
 #include <gtest/gtest.h>
 
-#include "core/grid_commands.h"
-#include "core/headless_port.h"
+#include "commands/grid_commands.h"
+#include "commands/headless_port.h"
 #include "support/test_grids.h"
 
 namespace qm {
@@ -110,23 +110,24 @@ TEST(SolutionView, ShowsTheStoredSolutionAndTogglesBack) {
 TEST(Cancel, EndsAPacedSolveOrRequestsAStop) {
   PuzzleModel m = Grid({"1.2..", ".....", ".....", ".....", "....."});
   m.GivenValue[0] = 1;
-  m.StepMode = -1;
-  m.StepGo = -1;
   HeadlessPort port;
-  CancelCommand(m, port);
-  EXPECT_EQ(m.StepMode, 0);
-  EXPECT_EQ(m.StepGo, 0);
+  RunControl run(m, port);
+  run.StepMode = -1;
+  run.StepGo = -1;
+  CancelCommand(m, run);
+  EXPECT_EQ(run.StepMode, 0);
+  EXPECT_EQ(run.StepGo, 0);
   EXPECT_EQ(m.PosText[0], "1");
   EXPECT_EQ(m.PosText[2], "");  // not a clue
   EXPECT_EQ(port.statusLines.back(), "Interactive solve Cancelled");
-  EXPECT_EQ(m.CancelRequest, kNo);
+  EXPECT_EQ(run.CancelRequest, kNo);
 
-  CancelCommand(m, port);
-  EXPECT_EQ(m.CancelRequest, kYes);
-  m.CancelRequest = kNo;
+  CancelCommand(m, run);
+  EXPECT_EQ(run.CancelRequest, kYes);
+  run.CancelRequest = kNo;
   port.SetProgressLine("Canceling...");
-  CancelCommand(m, port);
-  EXPECT_EQ(m.CancelRequest, kNo);
+  CancelCommand(m, run);
+  EXPECT_EQ(run.CancelRequest, kNo);
   EXPECT_EQ(port.ProgressLine(), "");
 }
 
@@ -134,6 +135,7 @@ TEST(GridCommands, NewGridClearsAndStatusText) {
   PuzzleModel m = Grid({"1<2..", ".....", "2....", ".....", "....."});
   m.GivenValue[0] = 1;
   HeadlessPort port;
+  RunControl run(m, port);
   port.yesNoAnswers = {false, true, true};
   ClearNumbers(m, port);
   EXPECT_EQ(m.PosText[2], "2");  // answered No
@@ -145,10 +147,10 @@ TEST(GridCommands, NewGridClearsAndStatusText) {
   EXPECT_EQ(m.PosText[1], "");
   EXPECT_EQ(port.questions, (std::vector<std::string>{"Clear All Numbers?", "Clear All Numbers?", "Clear All Constraints?"}));
 
-  EXPECT_EQ(MouseStatusText(m, 0), "Row=1, Col=1, Candidates= 1");
-  EXPECT_EQ(MouseStatusText(m, 2), "");
-  m.StepMode = -1;
-  EXPECT_EQ(MouseStatusText(m, 0), "");
+  EXPECT_EQ(MouseStatusText(m, run, 0), "Row=1, Col=1, Candidates= 1");
+  EXPECT_EQ(MouseStatusText(m, run, 2), "");
+  run.StepMode = -1;
+  EXPECT_EQ(MouseStatusText(m, run, 0), "");
 
   NewGrid(m, port, 6);
   EXPECT_EQ(m.GridSize, 9);

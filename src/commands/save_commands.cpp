@@ -1,15 +1,14 @@
-#include "export/save_command.h"
+#include "commands/save_commands.h"
 
 #include <filesystem>
 
 #include "core/text_file.h"
 #include "core/text_rules.h"
+#include "export/html_export.h"
+#include "export/text_export.h"
+#include "export/xls_export.h"
 
 namespace qm {
-
-std::string ApplicationDirectoryOf(const PuzzleModel& model) {
-  return model.AppDir.empty() ? ApplicationDirectory() : model.AppDir;
-}
 
 std::string ChooseFileKeepingDirectory(WindowPort& port, const FileChoice& choice) {
   std::error_code ec;
@@ -45,6 +44,30 @@ CommandResult RunSaveCommand(const PuzzleModel& model, WindowPort& port, const S
   }
   port.ShowMessage(command.successMessage + std::string(kLineBreak) + path);
   return CommandResult::Done;
+}
+
+CommandResult mnusavetxt(const PuzzleModel& model, WindowPort& port) {
+  const std::string drawing = TextDrawing(model, model.Comment, model.CurrentPuzzle);
+  return RunSaveCommand(model, port, {"*.txt", "Text Files", "Puzzle saved as text file:"},
+                        [&drawing](const std::string& path) { return WriteWholeFile(path, drawing); });
+}
+
+CommandResult mnusavexls(const PuzzleModel& model, WindowPort& port) {
+  return RunSaveCommand(model, port, {"*.xls", "Excel Files", "Puzzle saved as XLS File:"},
+                        [&model](const std::string& path) {
+                          return WriteXlsFile(model, model.Comment, model.CurrentPuzzle, path);
+                        });
+}
+
+CommandResult SaveHtmlFile(const PuzzleModel& model, WindowPort& port,
+                           const std::vector<std::string>& templateDirectories) {
+  return RunSaveCommand(model, port, {"*.htm", "Html Files", "Puzzle saved as Html File:"},
+                        [&](const std::string& path) {
+                          std::string page;
+                          const auto withSolution = [&port] { return port.AskYesNo("Save Solution also?"); };
+                          return BuildHtmlPage(model, withSolution, model.Comment, templateDirectories, page) &&
+                                 WriteWholeFile(path, page);
+                        });
 }
 
 }  // namespace qm

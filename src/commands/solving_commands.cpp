@@ -1,7 +1,8 @@
-#include "solver/solving_commands.h"
+#include "commands/solving_commands.h"
 
 #include <algorithm>
 
+#include "core/rule_checks.h"
 #include "core/text_rules.h"
 #include "settings/config_file.h"
 #include "solver/candidates.h"
@@ -11,6 +12,7 @@ namespace qm {
 namespace {
 
 constexpr int kPaceStep = 200;
+constexpr int kFastestPace = 11;  // below this a paced solve starts at the default pace
 constexpr std::string_view kAutoSolveEntry = "autosolve";
 
 // Stores an accepted entry: the old text goes on the undo list first.
@@ -27,6 +29,14 @@ void Enter(PuzzleModel& model, WindowPort& port, int p, const std::string& text)
 bool Ignored(const std::string& choice) { return choice == "Cancel" || choice == "-"; }
 
 }  // namespace
+
+int CheckSignEntry(const PuzzleModel& model, WindowPort& port, int p, char sign) {
+  const std::string error = SignEntryError(model, p, sign);
+  if (error.empty()) return p;
+  port.SetStatusLine(error);
+  return -1;
+}
+
 
 bool ChangePace(PuzzleModel& model, WindowPort& port, PaceButton button) {
   if (!model.UndoList.empty() && !port.AskYesNo("Discard all changes?")) return false;
@@ -52,11 +62,86 @@ bool ChangePace(PuzzleModel& model, WindowPort& port, PaceButton button) {
   return true;
 }
 
-void CancelCommand(PuzzleModel& model, WindowPort& port) {
-  if (model.StepMode != 0) {
+void ShowCellText(WindowPort& port, int k, std::string_view text) {
+  port.ShowCellText(k, std::string(Trim(text)));
+}
+
+void ShowAllPositions(const PuzzleModel& model, WindowPort& port) {
+  for (int k = 0; k <= model.LastPosition; ++k) ShowCellText(port, k, model.PosText[k]);
+}
+
+AutoSolveResult AutoSolve(PuzzleModel& model, RunControl& run) {
+  WindowPort& port = run.Port();
+  AutoSolveResult result;
+  model.SolverBusy = true;
+  port.SetBusy(true);
+  port.SetProgressLine("Solving...");
+  model.SavedCandidates = SaveCandidates(model);
+  PrepareCandidates(model);
+
+  auto endBusy = [&] {
+    model.SolverBusy = false;
+    port.SetBusy(false);
+  };
+  if (CheckGrid(model).result == kSolved) {
+    endBusy();
+    run.StepMode = 0;
+    result.solve.status = kSolved;
+    result.outcome = kOutcomeSolvedAlready;
+    port.ShowMessage(result.outcome);
+    return result;
+  }
+  if (run.StepMode != 0) {
+    // The user watches the candidates shrink from the full set.
+    const int l = model.LayoutExtent;
+    for (int row = 1; row <= l; row += 2) {
+      for (int col = 1; col <= l; col += 2) {
+        const int k = model.PositionOf[row][col];
+        if (model.PosText[k].size() > 1) ShowCellText(port, k, model.AllDigits);
+      }
+    }
+  }
+
+  result.solve = SolveByLogic(model, run);
+  endBusy();
+  if (result.solve.status == kSolved) {
+    ShowAllPositions(model, port);
+    port.SetProgressLine("Solved");
+    result.outcome = kOutcomeDone;
+  } else {
+    // The display is left where an explanation stopped; only the texts go back.
+    RestoreCandidates(model, model.SavedCandidates);
+    result.outcome = result.solve.status == kStalled ? kOutcomeMultiple : kOutcomeInvalid;
+  }
+  port.ShowMessage(result.outcome);
+  return result;
+}
+
+AutoSolveResult PacedAutoSolve(PuzzleModel& model, RunControl& run) {
+  WindowPort& port = run.Port();
+  run.StepMode = -1;
+  port.SetStatusLine(std::string(kPacedSolvePrompt));
+  if (model.PacingInterval < kFastestPace) model.PacingInterval = kDefaultPaceMs;
+  run.StepGo = 0;
+  port.SetPacingTimer(false, model.PacingInterval);
+  // Cancel ends step mode: then there is nothing to wait for, and nothing to solve.
+  run.WaitForGo();
+  if (run.StepMode == 0) {
+    AutoSolveResult cancelled;
+    cancelled.solve.status = kBroken;
+    cancelled.solve.message = "Canceled";
+    return cancelled;
+  }
+  port.SetPacingTimer(true, model.PacingInterval);
+  return AutoSolve(model, run);
+}
+
+void CancelCommand(PuzzleModel& model, RunControl& run) {
+  WindowPort& port = run.Port();
+  if (run.StepMode != 0) {
     port.SetPacingTimer(false, model.PacingInterval);
-    model.StepGo = 0;
-    model.StepMode = 0;
+    run.StepGo = 0;
+    run.StepMode = 0;
     for (int k = 0; k <= model.LastPosition; ++k) {
       if (IsCell(model, k) && model.GivenValue[k] == 0) model.PosText[k].clear();
       port.ColourPosition(k, CellColour::Normal);
@@ -66,9 +151,9 @@ void CancelCommand(PuzzleModel& model, WindowPort& port) {
     port.SetStatusLine("Interactive solve Cancelled");
     return;
   }
-  model.StepMode = 0;
+  run.StepMode = 0;
   if (port.ProgressLine() != "Canceling...") {
-    model.CancelRequest = kYes;
+    run.CancelRequest = kYes;
     port.ProcessEvents();
   } else {
     port.SetProgressLine("");

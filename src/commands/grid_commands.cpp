@@ -1,4 +1,6 @@
-#include "core/grid_commands.h"
+#include "commands/grid_commands.h"
+
+#include "core/rule_checks.h"
 
 namespace qm {
 
@@ -11,6 +13,18 @@ void Cleared(PuzzleModel& model, WindowPort& port) {
 }
 
 }  // namespace
+
+void Verify(const PuzzleModel& model, WindowPort& port) {
+  const VerifyOutcome outcome = VerifyGrid(model);
+  if (outcome.errorPosition < 0) {
+    port.ShowMessage(outcome.text);
+    return;
+  }
+  const CellColour previous = port.ColourOf(outcome.errorPosition);
+  port.ColourPosition(outcome.errorPosition, CellColour::Error);
+  port.ShowMessage(outcome.text);
+  port.ColourPosition(outcome.errorPosition, previous);
+}
 
 void NewGrid(PuzzleModel& model, WindowPort& port, int entry) {
   if (entry < 0 || entry > kMaxGridSize - kMinGridSize) return;
@@ -53,8 +67,8 @@ void ClearGrid(PuzzleModel& model, WindowPort& port) {
   Cleared(model, port);
 }
 
-std::string MouseStatusText(const PuzzleModel& model, int k) {
-  if (model.StepMode != 0 || k < 0 || k > model.LastPosition || !IsCell(model, k) || model.PosText[k].empty()) {
+std::string MouseStatusText(const PuzzleModel& model, const RunControl& run, int k) {
+  if (run.StepMode != 0 || k < 0 || k > model.LastPosition || !IsCell(model, k) || model.PosText[k].empty()) {
     return {};
   }
   return "Row=" + std::to_string(model.RowOf[k]) + ", Col=" + std::to_string(model.ColOf[k]) +

@@ -1,4 +1,4 @@
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 
 namespace qm {
 

@@ -1,13 +1,14 @@
 // The save pattern as every export command follows it.
-#include "export/save_command.h"
+#include "commands/save_commands.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
 
+#include "commands/record_commands.h"
 #include "core/collection_file.h"
-#include "core/headless_port.h"
+#include "commands/headless_port.h"
 #include "export/html_export.h"
 #include "export/text_export.h"
 #include "export/xls_export.h"

@@ -1,3 +1,4 @@
+// Creation commands. Single Puzzle makes one puzzle of the chosen settings in the grid.
 // Batch creation: the accepted dialog settings become puzzles, one after another, each
 // appended to the output collection file under its title (or, for one puzzle "for
 // display", only shown). Captions report progress; a cancel request stops the batch
@@ -11,7 +12,7 @@
 #include <vector>
 
 #include "core/puzzle_model.h"
-#include "core/window_port.h"
+#include "commands/run_control.h"
 #include "generator/create_puzzle.h"
 #include "generator/creation_options.h"
 
@@ -57,8 +58,17 @@ struct BatchResult {
 // the next draw of the model's generator, so a seeded model makes a reproducible run.
 // A failed append ends the batch as a cancel does, after its message. Throws
 // std::invalid_argument for a grid size that is neither 0 nor 3..9.
-BatchResult CreatePuzzles(PuzzleModel& model, WindowPort& port, Generator& generator,
+BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& generator,
                           const CreationSettings& settings, const BatchOptions& options = {});
+
+// Create -> "Single Puzzle": after "Discard all changes?" when the grid was edited, makes
+// one puzzle of the settings' size (or a random one), level and clue rule in the grid,
+// titled automatically. 99 when made; a cancel blanks the grid quietly, running out of
+// attempts says "Could not create a unique puzzle".
+int CreateSinglePuzzle(PuzzleModel& model, RunControl& run, Generator& generator, const CreationSettings& settings);
+
+// ", Size=5x5, Constraints= 17, Clues= 4, Level= Easy"
+std::string PuzzleFacts(const PuzzleModel& model, const Generator& generator);
 
 // "Auto (" + level name + ") " + stamp.
 std::string AutoTitle(int level, std::string_view stamp);

@@ -8,7 +8,7 @@
 
 #include "core/puzzle_model.h"
 #include "core/window_port.h"
-#include "export/save_command.h"
+#include "commands/save_commands.h"
 
 namespace qm {
 

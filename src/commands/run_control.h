@@ -1,0 +1,53 @@
+// Run control: the state a running command shares with the user while it runs. A paced
+// solve explains every change and waits for the space bar, a click or the pacing timer;
+// Cancel ends it, or asks a solve, a creation or a print run to stop. The window and the
+// command-line tool each own one and hand it to the commands that run long.
+#pragma once
+
+#include <cstdint>
+
+#include "core/puzzle_model.h"
+#include "core/run_hooks.h"
+#include "core/window_port.h"
+
+namespace qm {
+
+class RunControl : public RunHooks {
+ public:
+  RunControl(PuzzleModel& model, WindowPort& port) : model_(model), port_(port) {}
+
+  WindowPort& Port() { return port_; }
+  PuzzleModel& Model() { return model_; }
+
+  std::int16_t StepMode = 0;  // -1 while every change is explained and paced
+  std::int16_t StepGo = 0;    // -1 once the user (or the pacing timer) says go on
+  int CancelRequest = kNo;    // kYes once the user asked to cancel; cleared by commands
+
+  // The user says go on (space bar, click, timer tick); nothing outside step mode.
+  void Continue() {
+    if (StepMode != 0) StepGo = -1;
+  }
+  // Sleeps on events until the user says go on or step mode ends.
+  void WaitForGo();
+  // Ends step mode and asks whatever runs to stop (the window is closing).
+  void StopAll() {
+    StepMode = 0;
+    CancelRequest = kYes;
+  }
+
+  bool Explaining() const override { return StepMode != 0; }
+  // Presents the step, then waits, with the pacing timer running, for the next go-on.
+  void ShowStep(const SolveStep& step) override;
+  void EndExplaining() override { StepMode = 0; }
+  void Yield() override { port_.ProcessEvents(); }
+  bool Cancelled() const override { return CancelRequest == kYes; }
+  void ClearCancel() override { CancelRequest = kNo; }
+  void GridChanged() override { port_.RedrawGrid(); }
+  void BlankDisplay() override;
+
+ private:
+  PuzzleModel& model_;
+  WindowPort& port_;
+};
+
+}  // namespace qm

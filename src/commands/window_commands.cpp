@@ -1,0 +1,86 @@
+#include "commands/window_commands.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <string_view>
+
+#include "commands/collection_commands.h"
+#include "commands/record_commands.h"
+#include "commands/settings_commands.h"
+#include "commands/solving_commands.h"
+#include "core/collection_file.h"
+#include "core/text_file.h"
+
+namespace qm {
+
+void StartUp(PuzzleModel& model, ColourTable& colours, WindowPort& port) {
+  ReadSettings(model, port);
+  LoadScheme(model, colours, port, model.SchemeFile);
+  SetSize(model, kStartGridSize);
+  const auto length = FileLength(model.CurrentFile);
+  if (!length || *length == 0) model.CurrentFile = model.AppDir + "puzzles.fut";
+  if (ReadPuzzle(model, port, model.CurrentFile, 1).notFound) {
+    port.ShowMessage(ReadErrorMessage(1, model.CurrentFile));
+  }
+}
+
+bool StartOnPuzzle(PuzzleModel& model, WindowPort& port, const std::string& number) {
+  std::string_view text = number;
+  constexpr std::string_view kSpace = " \t\r\n\v\f";
+  text.remove_prefix(std::min(text.size(), text.find_first_not_of(kSpace)));
+  text.remove_suffix(text.size() - std::min(text.size(), text.find_last_not_of(kSpace) + 1));
+  if (text.starts_with('+')) text.remove_prefix(1);
+  int n = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), n);
+  if (text.empty() || error != std::errc() || end != text.data() + text.size() || n < 1) {
+    port.ShowMessage("Not a puzzle number: " + number);
+    return false;
+  }
+  if (!ReadPuzzle(model, port, model.CurrentFile, n).notFound) return true;
+  port.ShowMessage(ReadErrorMessage(n, model.CurrentFile));
+  ReadPuzzle(model, port, model.CurrentFile, 1);
+  return false;
+}
+
+void PressArrow(PuzzleModel& model, RunControl& run, int index) {
+  if (run.StepMode != 0) {
+    ChangePace(model, run.Port(), static_cast<PaceButton>(index));
+    return;
+  }
+  MoveByArrow(model, run.Port(), static_cast<Arrow>(index));
+}
+
+bool ReadPrintRange(const PuzzleModel& model, RunControl& run, int first, int last,
+                    const std::function<void(const PuzzleModel&, int)>& take) {
+  WindowPort& port = run.Port();
+  run.CancelRequest = kNo;
+  port.SetBusy(true);
+  std::string failure;
+  for (int n = first; n <= last && failure.empty(); ++n) {
+    port.ProcessEvents();
+    if (run.CancelRequest == kYes) break;
+    PuzzleModel scratch;
+    if (LoadPuzzle(scratch, model.CurrentFile, n).notFound) {
+      failure = ReadErrorMessage(n, model.CurrentFile);
+    } else {
+      take(scratch, n);
+    }
+  }
+  port.SetBusy(false);
+  const bool cancelled = run.CancelRequest == kYes;
+  run.CancelRequest = kNo;
+  if (!failure.empty()) port.ShowMessage(failure);
+  return failure.empty() && !cancelled;
+}
+
+bool ExitCommand(PuzzleModel& model, RunControl& run) {
+  if (!run.Port().AskYesNo("Exit?")) return false;
+  WriteSettings(model, run.Port());
+  std::error_code ec;
+  std::filesystem::remove(kDeleteTempFile, ec);
+  run.StopAll();
+  return true;
+}
+
+}  // namespace qm
