@@ -331,11 +331,12 @@ class Search {
     IndexRelations();
     strong_ = tuning_.strongAfterNodes <= 0;
     if (strong_) PrepareStrong();
-    // The first run ends where the full reasoning starts; the later ones at a budget
-    // that grows, until a solution is found and the run goes on to the end.
-    const double growth = tuning_.restartGrowth < 1.1 ? 1.1 : tuning_.restartGrowth;
-    double nextCutoff = tuning_.restartNodes < 1 ? 1.0 : static_cast<double>(tuning_.restartNodes);
-    cutoff_ = strong_ ? static_cast<long long>(nextCutoff) : tuning_.strongAfterNodes;
+    // The first run ends where the full reasoning starts; the later ones at budgets of
+    // `restartNodes` times 1, 1, 2, 1, 1, 2, 4, 1, ... (short runs often, long ones now
+    // and then), until a solution is found and the run goes on to the end.
+    const long long unit = tuning_.restartNodes < 1 ? 1 : tuning_.restartNodes;
+    int strongRuns = 0;
+    cutoff_ = strong_ ? unit * Luby(strongRuns++) : tuning_.strongAfterNodes;
     for (;;) {
       Domains root = given;
       for (const auto& [cell, digit] : units_) root[cell] = static_cast<DigitMask>(root[cell] & ~masks::Bit(digit));
@@ -347,10 +348,8 @@ class Search {
       if (!strong_) {
         strong_ = true;
         PrepareStrong();
-      } else {
-        nextCutoff *= growth;
       }
-      cutoff_ = static_cast<long long>(nextCutoff);
+      cutoff_ = unit * Luby(strongRuns++);
     }
   }
 
@@ -359,6 +358,22 @@ class Search {
 
  private:
   static constexpr long long kNoCutoff = std::numeric_limits<long long>::max();
+
+  // The i-th term (from 0) of 1, 1, 2, 1, 1, 2, 4, 1, 1, 2, 1, 1, 2, 4, 8, ...
+  static long long Luby(int i) {
+    long long size = 1;
+    int power = 0;
+    while (size < i + 1) {
+      ++power;
+      size = 2 * size + 1;
+    }
+    while (size - 1 != i) {
+      size = (size - 1) >> 1;
+      --power;
+      i = static_cast<int>(i % size);
+    }
+    return 1LL << power;
+  }
 
   void IndexRelations() {
     firstRelation_.fill(0);

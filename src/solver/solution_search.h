@@ -30,13 +30,12 @@ struct SolutionCount {
 // How the search spends its effort. Most grids are settled within a few dozen nodes by
 // cheap reasoning; past `strongAfterNodes` every node reasons about whole lines and
 // digits, and until a first solution turns up the search starts over now and then
-// (after `restartNodes` nodes, then half as many more each time), keeping what it
-// learnt. The defaults are tuned on the benchmark; tests change them to reach the
-// later stages on small grids.
+// (after `restartNodes` nodes times 1, 1, 2, 1, 1, 2, 4, ...), keeping what it learnt.
+// The defaults are tuned on the benchmark; tests change them to reach the later stages
+// on small grids.
 struct SearchTuning {
   long long strongAfterNodes = 64;
-  long long restartNodes = 100;
-  double restartGrowth = 1.5;
+  long long restartNodes = 50;
 };
 
 // Counts the grids that complete the shown puzzle. A cell showing one digit is fixed,

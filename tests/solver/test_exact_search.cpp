@@ -128,8 +128,7 @@ TEST(ExactSearch, AgreesWithThePlainSearchWhenEveryStageStartsAtOnce) {
   std::mt19937 random(20261123);
   SearchTuning eager;
   eager.strongAfterNodes = 0;
-  eager.restartNodes = 3;
-  eager.restartGrowth = 1.3;
+  eager.restartNodes = 2;
   int compared = 0;
   int restarted = 0;
   for (int trial = 0; trial < 6000; ++trial) {
