@@ -318,6 +318,8 @@ class Search {
       for (int j = 0; j < n; ++j) {
         line_[static_cast<size_t>(i)][static_cast<size_t>(j)] = static_cast<std::uint8_t>(i * n + j);
         line_[static_cast<size_t>(n + i)][static_cast<size_t>(j)] = static_cast<std::uint8_t>(j * n + i);
+        rowOf_[static_cast<size_t>(i * n + j)] = static_cast<std::uint8_t>(i);
+        columnOf_[static_cast<size_t>(i * n + j)] = static_cast<std::uint8_t>(n + j);
       }
     }
   }
@@ -575,7 +577,7 @@ class Search {
     std::array<std::uint32_t, kMaxCells> weight{};
     for (int c = 0; c < n_ * n_; ++c) {
       weight[static_cast<size_t>(c)] =
-          2 + lineWeight_[static_cast<size_t>(c / n_)] + lineWeight_[static_cast<size_t>(n_ + c % n_)];
+          2 + lineWeight_[rowOf_[static_cast<size_t>(c)]] + lineWeight_[columnOf_[static_cast<size_t>(c)]];
     }
     for (int r = 0; r < relations_; ++r) {
       const Relation rel = relation_[static_cast<size_t>(r)];
@@ -609,7 +611,8 @@ class Search {
   }
 
   void Changed(int cell, DigitMask removed, Work& work) const {
-    const std::uint64_t lines = (std::uint64_t{1} << (cell / n_)) | (std::uint64_t{1} << (n_ + cell % n_));
+    const std::uint64_t lines =
+        (std::uint64_t{1} << rowOf_[static_cast<size_t>(cell)]) | (std::uint64_t{1} << columnOf_[static_cast<size_t>(cell)]);
     work.passes |= lines << Work::kSingles;
     if (strong_) work.passes |= lines << Work::kLine | static_cast<std::uint64_t>(removed >> 1) << Work::kDigit;
     for (int i = firstRelation_[static_cast<size_t>(cell)]; i < firstRelation_[static_cast<size_t>(cell) + 1]; ++i) {
@@ -664,9 +667,14 @@ class Search {
       const bool full = bit >= Work::kLine;
       const int l = full ? bit - Work::kLine : bit;
       const LineCells& cells = line_[static_cast<size_t>(l)];
+      // Filled one by one, not copied whole: a block read of fresh narrow writes stalls.
       LineMasks m{};
-      for (int i = 0; i < n_; ++i) m[static_cast<size_t>(i)] = dom[cells[static_cast<size_t>(i)]];
-      const LineMasks before = m;
+      LineMasks before{};
+      for (int i = 0; i < n_; ++i) {
+        const DigitMask v = dom[cells[static_cast<size_t>(i)]];
+        m[static_cast<size_t>(i)] = v;
+        before[static_cast<size_t>(i)] = v;
+      }
       int changed;
       if (!full) {
         changed = Singles(m);
@@ -727,14 +735,15 @@ class Search {
   // places some such arrangement uses. The rows and columns lines see cannot tell.
   bool DigitPass(Domains& dom, int digit, Work& work) {
     LineMasks columns{};  // per row, the columns (as bits 1..n) where the digit may go
+    LineMasks before{};
     for (int r = 0; r < n_; ++r) {
       DigitMask cols = 0;
       for (int c = 0; c < n_; ++c) {
         if ((dom[static_cast<size_t>(r * n_ + c)] >> digit & 1) != 0) cols |= masks::Bit(c + 1);
       }
       columns[static_cast<size_t>(r)] = cols;
+      before[static_cast<size_t>(r)] = cols;
     }
-    const LineMasks before = columns;
     const int changed = Matcher::Filter(columns, n_);
     if (changed < 0) return false;
     for (int r = 0; r < n_; ++r) {
@@ -787,6 +796,8 @@ class Search {
   SearchTuning tuning_;
   std::chrono::steady_clock::time_point started_;
   std::array<LineCells, kMaxLines> line_{};
+  std::array<std::uint8_t, kMaxCells> rowOf_{};     // each cell's row line
+  std::array<std::uint8_t, kMaxCells> columnOf_{};  // and column line
   std::array<Relation, kMaxRelations> relation_{};
   std::array<std::uint32_t, kMaxRelations> relationWeight_{};
   std::array<std::uint32_t, kMaxLines> lineWeight_{};
