@@ -307,9 +307,10 @@ class OrderedLine {
 // nodes. The long ones get the full reasoning: every line keeps only the candidates
 // some arrangement of it uses (respecting the order the signs put on its cells), every
 // digit keeps only the places some arrangement of it over the grid uses, and until a
-// first solution is found the search restarts with a growing node budget: the weights
-// learnt so far choose better first cells, and what the abandoned runs proved
-// impossible is kept as "never these decisions together".
+// first solution is found the search starts over now and then: the weights learnt so
+// far choose better first cells, and what the abandoned runs proved impossible is kept
+// as "never these decisions together". Heavy tails (a few grids taking a hundred times
+// the usual) come from early choices that lead nowhere; starting over cuts them off.
 class Search {
  public:
   Search(int n, const SearchOptions& options, const SearchTuning& tuning)
@@ -360,6 +361,8 @@ class Search {
 
  private:
   static constexpr long long kNoCutoff = std::numeric_limits<long long>::max();
+  // Decisions kept in learnt combinations; what is not kept is only searched again.
+  static constexpr size_t kMaxLearnt = 20000;
 
   // The i-th term (from 0) of 1, 1, 2, 1, 1, 2, 4, 1, 1, 2, 1, 1, 2, 4, 8, ...
   static long long Luby(int i) {
@@ -401,8 +404,9 @@ class Search {
     const int cells = n_ * n_;
     std::array<CellSet, kMaxCells> below{};
     auto has = [](const CellSet& s, int c) { return (s[static_cast<size_t>(c >> 6)] >> (c & 63) & 1) != 0; };
-    // Smaller cells first (Kahn's order), so each cell's set is complete when a greater
-    // one takes it over; a cycle of signs leaves cells out, and those take the slow way.
+    // Kahn's order from the greatest cells down, walked back up: each cell's set is
+    // complete before a greater one takes it over. A cycle of signs leaves cells out of
+    // the order, and then the plain closure does it.
     std::array<int, kMaxCells> greaterCount{};
     for (int r = 0; r < relations_; ++r) ++greaterCount[relation_[static_cast<size_t>(r)].smaller];
     std::array<int, kMaxCells> order{};
@@ -410,7 +414,7 @@ class Search {
     for (int c = 0; c < cells; ++c) {
       if (greaterCount[static_cast<size_t>(c)] == 0) order[static_cast<size_t>(done++)] = c;
     }
-    // `order` fills from the greatest cells down: a cell enters once all cells above it have.
+    // A cell enters once every cell above it has.
     for (int k = 0; k < done; ++k) {
       const int c = order[static_cast<size_t>(k)];
       for (int i = firstRelation_[static_cast<size_t>(c)]; i < firstRelation_[static_cast<size_t>(c) + 1]; ++i) {
@@ -534,6 +538,7 @@ class Search {
         units_.push_back({d.cell, d.digit});
         continue;
       }
+      if (nogoods_.size() + took.size() >= kMaxLearnt) continue;  // each is checked at every node
       nogoodStart_.push_back(static_cast<int>(nogoods_.size()));
       nogoods_.insert(nogoods_.end(), took.begin(), took.end());
       nogoods_.push_back({d.cell, d.digit});
