@@ -240,6 +240,10 @@ int CreateSinglePuzzle(PuzzleModel& model, RunControl& run, Generator& generator
   return result;
 }
 
+FileChoice OutputFileChoice(const std::string& appDir) {
+  return {"Select an output Puzzle file", "*.fut;*.txt;*.dat", "Quillmere Files", appDir, ChooserMode::Save};
+}
+
 std::string AutoTitle(int level, std::string_view stamp) {
   return "Auto (" + std::string(LevelNames[static_cast<std::size_t>(level)]) + ") " + std::string(stamp);
 }

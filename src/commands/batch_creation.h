@@ -70,6 +70,10 @@ int CreateSinglePuzzle(PuzzleModel& model, RunControl& run, Generator& generator
 // ", Size=5x5, Constraints= 17, Clues= 4, Level= Easy"
 std::string PuzzleFacts(const PuzzleModel& model, const Generator& generator);
 
+// The chooser of the output file, starting in the program's folder; save mode, so that
+// a new file can be named.
+FileChoice OutputFileChoice(const std::string& appDir);
+
 // "Auto (" + level name + ") " + stamp.
 std::string AutoTitle(int level, std::string_view stamp);
 // The local date and time as "YYYY-MM-DD HH:MM:SS" (no comma: a comma would end the

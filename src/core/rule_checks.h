@@ -7,10 +7,8 @@
 
 namespace qm {
 
-// Status codes shared with the solver.
-inline constexpr int kSolved = 99;
-inline constexpr int kStalled = 1;
-inline constexpr int kBroken = -1;
+// What the full check and the solver find: solved, valid but not finished, or broken.
+enum SolveStatus : int { kBroken = -1, kStalled = 1, kSolved = 99 };
 
 struct CheckResult {
   std::string message;  // empty when nothing is wrong

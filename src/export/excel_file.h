@@ -77,6 +77,8 @@ class ExcelFile {
   Status SetColumnWidth(int firstColumn, int lastColumn, int width);
   // A font record; the height in points, the style a sum of kBold, kItalic, ...
   Status SetFont(const std::string& fontName, int height, int style);
+  // The page header, footer and file password belong to the writer's interface; the
+  // export uses none of them.
   Status SetHeader(const std::string& text);
   Status SetFooter(const std::string& text);
   // The password record holds the text as given: it protects nothing.

@@ -87,6 +87,24 @@ int Cancelled(PuzzleModel& model, RunHooks& run, Generator& generator) {
 
 }  // namespace
 
+int ClueSpecOf(const ClueRule& rule) {
+  switch (rule.kind) {
+    case ClueRule::Kind::None:
+      return kNoClues;
+    case ClueRule::Kind::Fixed:
+      return kFixedClueBase + rule.value;
+    case ClueRule::Kind::Exactly:
+      return rule.value;
+    case ClueRule::Kind::Upto:
+      return -rule.value;
+    case ClueRule::Kind::ByLevel:
+      return kCluesByLevel;
+    case ClueRule::Kind::Random:
+      break;
+  }
+  return kRandomClues;
+}
+
 int CluesForLevel(PuzzleModel& model, int n, int level) {
   // The 4x4 and 5x5 counts sit one and two below the straight line.
   const int correction = n == 4 ? 1 : n == 5 ? 2 : 0;

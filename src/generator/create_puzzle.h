@@ -25,6 +25,17 @@ inline constexpr int kRandomClues = -1;      // CluesForLevel(N, -1)
 inline constexpr int kCluesByLevel = 99;     // CluesForLevel(N, level)
 inline constexpr int kFixedClueBase = 100;   // 100 + d: one clue, the digit d
 
+// Which clues a new puzzle keeps, as the dialog and the command line ask for them.
+struct ClueRule {
+  enum class Kind { None, Fixed, Exactly, Upto, ByLevel, Random };
+  Kind kind = Kind::ByLevel;
+  int value = 0;  // the digit of Fixed, the count of Exactly and Upto
+};
+
+// The one conversion of a rule to the code ClueSpec takes. "Upto" is the count
+// negated, so "Upto 1" gives -1, the code of Random: the two make the same puzzles.
+int ClueSpecOf(const ClueRule& rule);
+
 // Generation settings, work lists and results, kept between calls: the cell order
 // carries over from one attempt (and one puzzle) to the next.
 struct Generator {

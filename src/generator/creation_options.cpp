@@ -32,10 +32,6 @@ int LevelCode(std::string_view text) {
 
 bool DisplayOneTicked(std::string_view countText) { return NumericValue(countText) == 1.0; }
 
-FileChoice OutputFileChoice(const std::string& appDir) {
-  return {"Select an output Puzzle file", "*.fut;*.txt;*.dat", "Quillmere Files", appDir, ChooserMode::Save};
-}
-
 CreationValidation ValidateCreationOptions(const CreationOptions& options) {
   CreationValidation result;
   if (NumericValue(options.count) <= 0) {
@@ -51,10 +47,11 @@ CreationValidation ValidateCreationOptions(const CreationOptions& options) {
 
   CreationSettings& settings = result.settings;
   settings.level = LevelCode(options.level);
+  ClueRule rule{ClueRule::Kind::Random};
   switch (options.clueChoice) {
     case kChoiceNoClues:
       if (!randomSize && n >= 6) result.message = "Must have clues in grid size >5";
-      settings.clueSpec = kNoClues;
+      rule = {ClueRule::Kind::None};
       break;
     case kChoiceFixedClue: {
       const int digit = IntegerValue(options.fixedDigit);
@@ -63,7 +60,7 @@ CreationValidation ValidateCreationOptions(const CreationOptions& options) {
       } else if (digit > n && !randomSize) {
         result.message = "Clue number is > grid size";
       } else if (digit <= 9 || !randomSize) {
-        settings.clueSpec = digit + kFixedClueBase;
+        rule = {ClueRule::Kind::Fixed, digit};
       } else {
         result.message = "Clue number is > maximum grid size";
       }
@@ -74,15 +71,16 @@ CreationValidation ValidateCreationOptions(const CreationOptions& options) {
       const bool exactly = options.clueChoice == kChoiceExactly;
       const int count = IntegerValue(exactly ? options.exactCount : options.uptoCount);
       result.message = CountedCluesMessage(randomSize, count, minimum, maximum, n);
-      settings.clueSpec = exactly ? count : -count;
+      rule = {exactly ? ClueRule::Kind::Exactly : ClueRule::Kind::Upto, count};
       break;
     }
     case kChoiceByLevel:
-      settings.clueSpec = kCluesByLevel;
+      rule = {ClueRule::Kind::ByLevel};
       break;
     default:
-      settings.clueSpec = kRandomClues;
+      break;
   }
+  settings.clueSpec = ClueSpecOf(rule);
   if (!result.Accepted()) return result;
 
   settings.count = IntegerValue(options.count);

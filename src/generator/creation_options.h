@@ -7,7 +7,6 @@
 #include <string>
 #include <string_view>
 
-#include "core/window_port.h"
 
 namespace qm {
 
@@ -59,9 +58,6 @@ inline bool LevelListEnabled(int clueChoice) { return clueChoice == kChoiceByLev
 bool DisplayOneTicked(std::string_view countText);
 inline constexpr std::string_view kDisplayOneCount = "1";
 
-// The chooser of the output file, starting in the program's folder; save mode, so that
-// a new file can be named.
-FileChoice OutputFileChoice(const std::string& appDir);
 
 // The dialog's inputs, as its fields hold them.
 struct CreationOptions {

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdint>
 #include <functional>
+#include <memory>
+#include <tuple>
 #include <string_view>
 
 #include "solver/grid_masks.h"
@@ -63,7 +66,66 @@ std::string Digits(DigitMask m, const char* word = "and") {
 
 int DigitOf(DigitMask m) { return masks::Lowest(m); }
 
+// One digit left; masks::IsSingle counts bits, a library call on plain x86-64.
+constexpr bool Single(DigitMask m) { return m != 0 && (m & (m - 1)) == 0; }
+
 int Cells(const Grid& g) { return g.n * g.n; }
+
+// The part of a grid a rung of 1 to 5 looks at. Each finds its steps line by line, cell
+// by cell, sign by sign or digit by digit, so on a grid where it found nothing it can
+// find something only where cells have changed since: only there does it look again.
+struct Scope {
+  std::array<std::uint64_t, 2> cells{~std::uint64_t{0}, ~std::uint64_t{0}};
+  std::uint32_t lines = ~0u;
+  DigitMask digits = static_cast<DigitMask>(~0u);
+
+  // Where g differs from a grid on which rungs 1 to 5 found nothing.
+  static Scope Changed(const Grid& g, const Grid& quiet) {
+    Scope scope{{}, 0, 0};
+    const int n = g.n;
+    for (int r = 0, c = 0; r < n; ++r) {
+      for (int k = 0; k < n; ++k, ++c) {
+        const auto ci = static_cast<std::size_t>(c);
+        if (g.cand[ci] == quiet.cand[ci] && g.placed[ci] == quiet.placed[ci]) continue;
+        scope.cells[ci >> 6] |= std::uint64_t{1} << (ci & 63);
+        scope.lines |= 1u << r | 1u << (n + k);
+        scope.digits |= quiet.cand[ci] | g.cand[ci];
+      }
+    }
+    return scope;
+  }
+  // Adds a cell that lost or placed the digits.
+  void Add(int n, int c, DigitMask changed) {
+    cells[static_cast<std::size_t>(c >> 6)] |= std::uint64_t{1} << (c & 63);
+    lines |= 1u << (c / n) | 1u << (n + c % n);
+    digits |= changed;
+  }
+  void Add(const Scope& other) {
+    cells[0] |= other.cells[0];
+    cells[1] |= other.cells[1];
+    lines |= other.lines;
+    digits |= other.digits;
+  }
+  bool Cell(int c) const { return (cells[static_cast<std::size_t>(c >> 6)] >> (c & 63) & 1u) != 0; }
+  // Calls f(c) for the cells below `count` in the scope, in order, until f says stop.
+  template <class F>
+  bool AnyCell(int count, F&& f) const {
+    for (std::size_t w = 0; w < cells.size(); ++w) {
+      for (std::uint64_t bits = cells[w]; bits != 0; bits &= bits - 1) {
+        const int c = static_cast<int>(w * 64) + std::countr_zero(bits);
+        if (c >= count) return false;
+        if (f(c)) return true;
+      }
+    }
+    return false;
+  }
+  bool Line(int l) const { return (lines >> l & 1u) != 0; }
+  bool Digit(int d) const { return (digits & masks::Bit(d)) != 0; }
+  bool Touches(const Sign& s) const { return Cell(s.greater) || Cell(s.smaller); }
+  bool Empty() const { return lines == 0; }
+};
+constexpr Scope kWholeGrid{};
+constexpr Scope kNothing{{}, 0, 0};
 
 // Places d at cell and strikes d from the open cells of its row and column.
 void PlaceWithPeers(const Grid& g, int cell, int d, Step& step) {
@@ -84,23 +146,23 @@ void PlaceWithPeers(const Grid& g, int cell, int d, Step& step) {
 
 // ---- Rung 1: singles --------------------------------------------------------------
 
-bool NakedSingle(const Grid& g, Step& step) {
-  for (int c = 0; c < Cells(g); ++c) {
+bool NakedSingle(const Grid& g, Step& step, const Scope& scope) {
+  return scope.AnyCell(Cells(g), [&](int c) {
     const DigitMask m = g.cand[static_cast<std::size_t>(c)];
-    if (g.placed[static_cast<std::size_t>(c)] || !masks::IsSingle(m)) continue;
+    if (g.placed[static_cast<std::size_t>(c)] || !Single(m)) return false;
     const int d = DigitOf(m);
     step = {"Naked single", kSingles, {c}, {}, {}, ""};
     PlaceWithPeers(g, c, d, step);
     step.text = Capital(CellName(g.n, c)) + " can only be " + std::to_string(d) + ": place it, and " +
                 std::to_string(d) + " leaves the rest of its row and column.";
     return true;
-  }
-  return false;
+  });
 }
 
-bool HiddenSingle(const Grid& g, Step& step) {
+bool HiddenSingle(const Grid& g, Step& step, const Scope& scope) {
   const int n = g.n;
   for (int l = 0; l < 2 * n; ++l) {
+    if (!scope.Line(l)) continue;
     const Line cells = LineCells(n, l);
     DigitMask seen = 0;
     DigitMask twice = 0;
@@ -139,8 +201,9 @@ std::string Where(int n, int from, int to) {
   return "beside it";
 }
 
-bool SignBesideDigit(const Grid& g, Step& step) {
+bool SignBesideDigit(const Grid& g, Step& step, const Scope& scope) {
   for (const Sign& s : g.SignList()) {
+    if (!scope.Touches(s)) continue;
     const auto gi = static_cast<std::size_t>(s.greater);
     const auto si = static_cast<std::size_t>(s.smaller);
     if (g.placed[si] && !g.placed[gi]) {
@@ -196,15 +259,21 @@ Chains LongestChains(const Grid& g, bool down) {
   return chains;
 }
 
-bool SignChain(const Grid& g, Step& step) {
+class Memo;
+// Rungs 1 to 5 are the first techniques of the ladder.
+constexpr std::size_t kBelowChains = 13;
+// The grid's longest chains, worked out once for all its steps: signs never change.
+const Chains& ChainsOf(Memo& memo, const Grid& g, bool down);
+
+bool SignChain(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
   for (const bool down : {true, false}) {
-    const Chains chains = LongestChains(g, down);
-    for (int c = 0; c < Cells(g); ++c) {
+    const Chains& chains = ChainsOf(memo, g, down);
+    const bool found = scope.AnyCell(Cells(g), [&](int c) {
       const int k = chains.length[static_cast<std::size_t>(c)];
-      if (g.placed[static_cast<std::size_t>(c)] || k < 3) continue;
+      if (g.placed[static_cast<std::size_t>(c)] || k < 3) return false;
       const DigitMask allowed = down ? masks::Range(k, g.n) : masks::Range(1, g.n - k + 1);
       const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & ~allowed);
-      if (gone == 0) continue;
+      if (gone == 0) return false;
       step = {"Sign chain", kSignBounds, {}, {}, {{c, gone}}, ""};
       std::vector<std::string> names;
       for (int at = c; at >= 0 && static_cast<int>(names.size()) < k; at = chains.next[static_cast<std::size_t>(at)]) {
@@ -217,13 +286,15 @@ bool SignChain(const Grid& g, Step& step) {
                   std::to_string(k) + " cells (" + chain + "), so it is at " + (down ? "least " : "most ") +
                   std::to_string(down ? k : g.n - k + 1) + ": it cannot be " + Digits(gone, "or") + ".";
       return true;
-    }
+    });
+    if (found) return true;
   }
   return false;
 }
 
-bool SignBounds(const Grid& g, Step& step) {
+bool SignBounds(const Grid& g, Step& step, const Scope& scope) {
   for (const Sign& s : g.SignList()) {
+    if (!scope.Touches(s)) continue;
     const auto gi = static_cast<std::size_t>(s.greater);
     const auto si = static_cast<std::size_t>(s.smaller);
     if (g.placed[gi] || g.placed[si] || g.cand[gi] == 0 || g.cand[si] == 0) continue;
@@ -252,49 +323,94 @@ bool SignBounds(const Grid& g, Step& step) {
 
 // ---- Rung 4: naked and hidden subsets -----------------------------------------------
 
-// Calls f with every set of k indices out of 0..count-1, as a bit mask in increasing
-// order, until f says stop.
+// Bits set in a mask of at most 18 bits; a table, as masks::Count, not a library call.
+constexpr int Ones(unsigned v) { return masks::kCountTable.count[v & 511u] + masks::kCountTable.count[(v >> 9) & 511u]; }
+
+// Calls f(set, union) for every set of k of the items (a bit mask of their indices) whose
+// items together have at most k bits, in increasing order of the set as a number, until
+// f says stop. A set whose first items already have too many bits is not completed.
 template <class F>
-bool ForEachCombination(int count, int k, F&& f) {
-  if (k > count || k <= 0) return false;
-  const unsigned end = 1u << count;
-  for (unsigned set = (1u << k) - 1u; set < end;) {
-    if (f(set)) return true;
-    // The next larger set with as many bits.
-    const unsigned low = set & -set;
-    const unsigned ripple = set + low;
-    set = (((ripple ^ set) >> 2) / low) | ripple;
-  }
-  return false;
+bool ForEachSmallUnion(const unsigned* items, int count, int k, F&& f) {
+  // The highest index is chosen first, each next one below it, each in increasing order:
+  // that is the order of the sets as numbers.
+  auto pick = [&](auto& self, int need, int below, unsigned set, unsigned together) -> bool {
+    if (need == 0) return f(set, together);
+    for (int t = need - 1; t < below; ++t) {
+      const unsigned with = together | items[t];
+      if (Ones(with) > k) continue;
+      if (self(self, need - 1, t, set | 1u << t, with)) return true;
+    }
+    return false;
+  };
+  return k > 0 && k <= count && pick(pick, k, count, 0u, 0u);
 }
 
 constexpr const char* kSubsetNames[] = {"", "", "pair", "triple", "quad"};
 
-bool NakedSubset(const Grid& g, int k, Step& step) {
+// Where each digit may go in each line (bit i: the line's i-th cell), and the digits
+// placed in each line: one pass over the cells instead of one per digit and line.
+struct Places {
+  std::array<std::array<unsigned, kMaxGridSize + 1>, 2 * kMaxGridSize> at{};
+  std::array<DigitMask, 2 * kMaxGridSize> placed{};
+  std::array<int, 2 * kMaxGridSize> open{};  // cells not placed
+};
+
+Places PlacesOf(const Grid& g) {
+  const int n = g.n;
+  Places p;
+  for (int r = 0, c = 0; r < n; ++r) {
+    for (int k = 0; k < n; ++k, ++c) {
+      const auto row = static_cast<std::size_t>(r);
+      const auto column = static_cast<std::size_t>(n + k);
+      const DigitMask m = g.cand[static_cast<std::size_t>(c)];
+      masks::ForEachDigit(m, [&](int d) {
+        p.at[row][static_cast<std::size_t>(d)] |= 1u << k;
+        p.at[column][static_cast<std::size_t>(d)] |= 1u << r;
+      });
+      if (g.placed[static_cast<std::size_t>(c)]) {
+        p.placed[row] |= m;
+        p.placed[column] |= m;
+      } else {
+        ++p.open[row];
+        ++p.open[column];
+      }
+    }
+  }
+  return p;
+}
+
+bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
   const int n = g.n;
   for (int l = 0; l < 2 * n; ++l) {
+    if (!scope.Line(l)) continue;
     const Line line = LineCells(n, l);
-    std::vector<int> open;
+    std::array<int, kMaxGridSize> open{};
+    std::array<unsigned, kMaxGridSize> cand{};
+    int count = 0;
     for (int i = 0; i < n; ++i) {
       const int c = line[static_cast<std::size_t>(i)];
-      if (!g.placed[static_cast<std::size_t>(c)]) open.push_back(c);
+      if (g.placed[static_cast<std::size_t>(c)]) continue;
+      open[static_cast<std::size_t>(count)] = c;
+      cand[static_cast<std::size_t>(count++)] = g.cand[static_cast<std::size_t>(c)];
     }
-    const bool found = ForEachCombination(static_cast<int>(open.size()), k, [&](unsigned set) {
-      DigitMask digits = 0;
-      for (std::size_t i = 0; i < open.size(); ++i) {
-        if ((set >> i & 1u) != 0) digits |= g.cand[static_cast<std::size_t>(open[i])];
+    const bool found = ForEachSmallUnion(cand.data(), count, k, [&](unsigned set, unsigned together) {
+      if (Ones(together) != k) return false;
+      const auto digits = static_cast<DigitMask>(together);
+      bool strikes = false;
+      for (int i = 0; i < count && !strikes; ++i) {
+        strikes = (set >> i & 1u) == 0 && (cand[static_cast<std::size_t>(i)] & digits) != 0;
       }
-      if (masks::Count(digits) != k) return false;
+      if (!strikes) return false;
       std::vector<int> members;
-      for (std::size_t i = 0; i < open.size(); ++i) {
-        if ((set >> i & 1u) != 0) members.push_back(open[i]);
-      }
       std::vector<std::pair<int, DigitMask>> removed;
-      for (std::size_t i = 0; i < open.size(); ++i) {
-        const DigitMask gone = g.cand[static_cast<std::size_t>(open[i])] & digits;
-        if ((set >> i & 1u) == 0 && gone != 0) removed.emplace_back(open[i], gone);
+      for (int i = 0; i < count; ++i) {
+        const int c = open[static_cast<std::size_t>(i)];
+        if ((set >> i & 1u) != 0) {
+          members.push_back(c);
+        } else if ((g.cand[static_cast<std::size_t>(c)] & digits) != 0) {
+          removed.emplace_back(c, static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & digits));
+        }
       }
-      if (removed.empty()) return false;
       step = {std::string("Naked ") + kSubsetNames[k], kSubsets, members, {}, removed, ""};
       std::vector<std::string> where;
       for (int c : members) where.push_back(std::to_string((l < n ? c % n : c / n) + 1));
@@ -308,56 +424,50 @@ bool NakedSubset(const Grid& g, int k, Step& step) {
   return false;
 }
 
-bool HiddenSubset(const Grid& g, int k, Step& step) {
+bool HiddenSubset(const Grid& g, int k, Step& step, const Scope& scope) {
   const int n = g.n;
+  if (scope.Empty()) return false;
+  const Places where = PlacesOf(g);
   for (int l = 0; l < 2 * n; ++l) {
+    if (!scope.Line(l)) continue;
     const Line line = LineCells(n, l);
-    std::vector<int> open;
-    DigitMask placedDigits = 0;
-    for (int i = 0; i < n; ++i) {
-      const int c = line[static_cast<std::size_t>(i)];
-      if (g.placed[static_cast<std::size_t>(c)]) {
-        placedDigits |= g.cand[static_cast<std::size_t>(c)];
-      } else {
-        open.push_back(c);
-      }
-    }
-    std::vector<int> digits;
+    const auto li = static_cast<std::size_t>(l);
+    const DigitMask placedDigits = where.placed[li];
+    if (where.open[li] <= k) continue;
+    // Where each open digit may go: never a placed cell, which holds a placed digit.
+    std::array<int, kMaxGridSize> digits{};
+    std::array<unsigned, kMaxGridSize> spots{};
+    int digitCount = 0;
     for (int d = 1; d <= n; ++d) {
-      if ((placedDigits & masks::Bit(d)) == 0) digits.push_back(d);
+      if ((placedDigits & masks::Bit(d)) != 0) continue;
+      digits[static_cast<std::size_t>(digitCount)] = d;
+      spots[static_cast<std::size_t>(digitCount++)] = where.at[li][static_cast<std::size_t>(d)];
     }
-    if (static_cast<int>(open.size()) <= k) continue;
-    // Where each open digit may go, as a mask over the open cells.
-    std::vector<unsigned> spots(digits.size());
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-      for (std::size_t j = 0; j < open.size(); ++j) {
-        if ((g.cand[static_cast<std::size_t>(open[j])] & masks::Bit(digits[i])) != 0) spots[i] |= 1u << j;
-      }
-    }
-    const bool found = ForEachCombination(static_cast<int>(digits.size()), k, [&](unsigned set) {
-      unsigned cover = 0;
+    const bool found = ForEachSmallUnion(spots.data(), digitCount, k, [&](unsigned set, unsigned cover) {
+      if (Ones(cover) != k) return false;
       DigitMask chosen = 0;
-      for (std::size_t i = 0; i < digits.size(); ++i) {
-        if ((set >> i & 1u) == 0) continue;
-        cover |= spots[i];
-        chosen |= masks::Bit(digits[i]);
+      for (int i = 0; i < digitCount; ++i) {
+        if ((set >> i & 1u) != 0) chosen |= masks::Bit(digits[static_cast<std::size_t>(i)]);
       }
-      if (std::popcount(cover) != k) return false;
+      bool strikes = false;
+      for (int j = 0; j < n && !strikes; ++j) {
+        strikes = (cover >> j & 1u) != 0 && (g.cand[static_cast<std::size_t>(line[static_cast<std::size_t>(j)])] & ~chosen) != 0;
+      }
+      if (!strikes) return false;
       std::vector<int> places;
-      for (std::size_t j = 0; j < open.size(); ++j) {
-        if ((cover >> j & 1u) != 0) places.push_back(open[j]);
-      }
       std::vector<std::pair<int, DigitMask>> removed;
-      for (int c : places) {
+      for (int j = 0; j < n; ++j) {
+        if ((cover >> j & 1u) == 0) continue;
+        const int c = line[static_cast<std::size_t>(j)];
+        places.push_back(c);
         const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & ~chosen);
         if (gone != 0) removed.emplace_back(c, gone);
       }
-      if (removed.empty()) return false;
       step = {std::string("Hidden ") + kSubsetNames[k], kSubsets, places, {}, removed, ""};
-      std::vector<std::string> where;
-      for (int c : places) where.push_back(std::to_string((l < n ? c % n : c / n) + 1));
+      std::vector<std::string> names;
+      for (int c : places) names.push_back(std::to_string((l < n ? c % n : c / n) + 1));
       step.text = "In " + LineName(n, l) + ", " + Digits(chosen) + " fit only in " + (l < n ? "columns " : "rows ") +
-                  List(where) + ": those cells hold nothing else.";
+                  List(names) + ": those cells hold nothing else.";
       return true;
     });
     if (found) return true;
@@ -367,48 +477,43 @@ bool HiddenSubset(const Grid& g, int k, Step& step) {
 
 // ---- Rung 5: one digit across rows or columns -----------------------------------------
 
-bool Fish(const Grid& g, int k, Step& step) {
+bool Fish(const Grid& g, int k, Step& step, const Scope& scope) {
   const int n = g.n;
+  if (scope.Empty()) return false;
+  const Places where = PlacesOf(g);
   for (int d = 1; d <= n; ++d) {
+    if (!scope.Digit(d)) continue;
     for (const bool byRows : {true, false}) {
       // For each base line (rows, or columns), the cross positions where d may go.
-      std::vector<int> bases;
-      std::vector<unsigned> spots;
+      std::array<int, kMaxGridSize> bases{};
+      std::array<unsigned, kMaxGridSize> spots{};
+      int count = 0;
       for (int b = 0; b < n; ++b) {
-        unsigned spot = 0;
-        bool placed = false;
-        for (int i = 0; i < n; ++i) {
-          const int c = byRows ? b * n + i : i * n + b;
-          if ((g.cand[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) continue;
-          if (g.placed[static_cast<std::size_t>(c)]) placed = true;
-          spot |= 1u << i;
-        }
-        const int count = std::popcount(spot);
-        if (!placed && count >= 2 && count <= k) {
-          bases.push_back(b);
-          spots.push_back(spot);
+        const auto l = static_cast<std::size_t>(byRows ? b : n + b);
+        const unsigned spot = where.at[l][static_cast<std::size_t>(d)];
+        const bool placed = (where.placed[l] & masks::Bit(d)) != 0;
+        const int places = Ones(spot);
+        if (!placed && places >= 2 && places <= k) {
+          bases[static_cast<std::size_t>(count)] = b;
+          spots[static_cast<std::size_t>(count++)] = spot;
         }
       }
-      const bool found = ForEachCombination(static_cast<int>(bases.size()), k, [&](unsigned set) {
-        unsigned cover = 0;
-        std::vector<int> chosen;
-        for (std::size_t i = 0; i < bases.size(); ++i) {
-          if ((set >> i & 1u) == 0) continue;
-          cover |= spots[i];
-          chosen.push_back(bases[i]);
+      const bool found = ForEachSmallUnion(spots.data(), count, k, [&](unsigned set, unsigned cover) {
+        if (Ones(cover) != k) return false;
+        unsigned chosen = 0;  // the base lines, as bits
+        for (int i = 0; i < count; ++i) {
+          if ((set >> i & 1u) != 0) chosen |= 1u << bases[static_cast<std::size_t>(i)];
         }
-        if (std::popcount(cover) != k) return false;
         std::vector<std::pair<int, DigitMask>> removed;
         std::vector<int> cells;
         for (int i = 0; i < n; ++i) {
           if ((cover >> i & 1u) == 0) continue;
           for (int b = 0; b < n; ++b) {
             const int c = byRows ? b * n + i : i * n + b;
-            if (std::find(chosen.begin(), chosen.end(), b) != chosen.end()) {
-              if ((g.cand[static_cast<std::size_t>(c)] & masks::Bit(d)) != 0) cells.push_back(c);
-              continue;
-            }
-            if (!g.placed[static_cast<std::size_t>(c)] && (g.cand[static_cast<std::size_t>(c)] & masks::Bit(d)) != 0) {
+            if ((g.cand[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) continue;
+            if ((chosen >> b & 1u) != 0) {
+              cells.push_back(c);
+            } else if (!g.placed[static_cast<std::size_t>(c)]) {
               removed.emplace_back(c, masks::Bit(d));
             }
           }
@@ -417,7 +522,9 @@ bool Fish(const Grid& g, int k, Step& step) {
         step = {k == 2 ? "X-wing" : "Swordfish", kFish, cells, {}, removed, ""};
         std::vector<std::string> baseNames;
         std::vector<std::string> coverNames;
-        for (int b : chosen) baseNames.push_back(std::to_string(b + 1));
+        for (int b = 0; b < n; ++b) {
+          if ((chosen >> b & 1u) != 0) baseNames.push_back(std::to_string(b + 1));
+        }
         for (int i = 0; i < n; ++i) {
           if ((cover >> i & 1u) != 0) coverNames.push_back(std::to_string(i + 1));
         }
@@ -467,7 +574,7 @@ bool Propagate(Grid& g, Trail& trail) {
         trail.contradiction = CellName(n, c) + " would have no digit left";
         return false;
       }
-      if (!g.placed[static_cast<std::size_t>(c)] && masks::IsSingle(m)) {
+      if (!g.placed[static_cast<std::size_t>(c)] && Single(m)) {
         place(c, DigitOf(m));
         changed = true;
       }
@@ -502,7 +609,7 @@ bool Propagate(Grid& g, Trail& trail) {
         const int c = cells[static_cast<std::size_t>(i)];
         const DigitMask here = g.cand[static_cast<std::size_t>(c)] & single;
         if (here == 0 || g.placed[static_cast<std::size_t>(c)]) continue;
-        if (!masks::IsSingle(here)) {
+        if (!Single(here)) {
           trail.contradiction = CellName(n, c) + " would need both " + Digits(here);
           return false;
         }
@@ -545,26 +652,379 @@ std::string TrailText(int n, const Trail& trail, std::size_t skip) {
   return text;
 }
 
+// ---- Settling by masks: deciding, not telling -----------------------------------------
+
+// The same rules as Propagate and the same fixed point (the rules only ever strike, and
+// none of them depends on the order they run in), but driven by the cells that changed
+// and with no trail. The contradiction and forcing rungs decide with it; only the one
+// assumption a step is made of is then followed again with Propagate for its sentence.
+struct Topology {
+  int n = 0;
+  std::array<std::array<std::uint8_t, 2 * (kMaxGridSize - 1)>, kMaxCells> peers{};
+  struct Link {
+    std::uint8_t other;
+    bool greater;  // this cell is the greater one
+  };
+  std::array<Link, 2 * std::tuple_size_v<decltype(Grid::signs)>> links{};
+  std::array<std::uint16_t, kMaxCells + 1> linkStart{};  // this cell's links: [start[c], start[c + 1])
+  std::array<Line, 2 * kMaxGridSize> lines{};
+  std::array<std::uint32_t, kMaxCells> lineBits{};  // the cell's row and column
+
+  explicit Topology(const Grid& g) : n(g.n) {
+    for (int c = 0; c < n * n; ++c) {
+      std::size_t k = 0;
+      for (int i = 0; i < n; ++i) {
+        for (const int peer : {c / n * n + i, i * n + c % n}) {
+          if (peer != c) peers[static_cast<std::size_t>(c)][k++] = static_cast<std::uint8_t>(peer);
+        }
+      }
+    }
+    for (const Sign& s : g.SignList()) {
+      ++linkStart[static_cast<std::size_t>(s.greater) + 1];
+      ++linkStart[static_cast<std::size_t>(s.smaller) + 1];
+    }
+    for (std::size_t c = 0; c < kMaxCells; ++c) linkStart[c + 1] = static_cast<std::uint16_t>(linkStart[c + 1] + linkStart[c]);
+    std::array<std::uint16_t, kMaxCells + 1> fill = linkStart;
+    for (const Sign& s : g.SignList()) {
+      links[fill[static_cast<std::size_t>(s.greater)]++] = {static_cast<std::uint8_t>(s.smaller), true};
+      links[fill[static_cast<std::size_t>(s.smaller)]++] = {static_cast<std::uint8_t>(s.greater), false};
+    }
+    for (int l = 0; l < 2 * n; ++l) lines[static_cast<std::size_t>(l)] = LineCells(n, l);
+    for (int c = 0; c < n * n; ++c) lineBits[static_cast<std::size_t>(c)] = 1u << (c / n) | 1u << (n + c % n);
+  }
+};
+
+using Cand = std::array<DigitMask, kMaxCells>;
+using Placed = std::array<bool, kMaxCells>;
+
+// Cells and lines still to look at, as bit sets.
+struct Pending {
+  std::array<std::uint64_t, 2> cells{};
+  std::uint32_t lines = 0;
+  void Cell(int c) { cells[static_cast<std::size_t>(c >> 6)] |= std::uint64_t{1} << (c & 63); }
+  void All(int n) {
+    for (int c = 0; c < n * n; ++c) Cell(c);
+    lines = (1u << (2 * n)) - 1u;
+  }
+  int PopCell() {
+    for (std::size_t w = 0; w < cells.size(); ++w) {
+      if (cells[w] != 0) {
+        const int bit = std::countr_zero(cells[w]);
+        cells[w] &= cells[w] - 1;
+        return static_cast<int>(w) * 64 + bit;
+      }
+    }
+    return -1;
+  }
+};
+
+// Returns false when the grid breaks.
+bool Settle(const Topology& t, Cand& cand, Placed& placed, Pending& todo) {
+  const int n = t.n;
+  const DigitMask full = masks::Full(n);
+  auto narrow = [&](std::size_t c, DigitMask to) {
+    cand[c] = to;
+    todo.Cell(static_cast<int>(c));
+  };
+  for (;;) {
+    const int x = todo.PopCell();
+    if (x < 0) {
+      if (todo.lines == 0) return true;
+      const auto l = static_cast<std::size_t>(std::countr_zero(todo.lines));
+      todo.lines &= todo.lines - 1;
+      const Line& cells = t.lines[l];
+      DigitMask seen = 0;
+      DigitMask twice = 0;
+      DigitMask fixed = 0;
+      for (int i = 0; i < n; ++i) {
+        const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+        twice |= seen & cand[c];
+        seen |= cand[c];
+        if (placed[c]) {
+          if ((fixed & cand[c]) != 0) return false;
+          fixed |= cand[c];
+        }
+      }
+      if (seen != full) return false;
+      const DigitMask single = static_cast<DigitMask>(seen & ~twice & ~fixed);
+      if (single == 0) continue;
+      for (int i = 0; i < n; ++i) {
+        const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+        const DigitMask here = cand[c] & single;
+        if (here == 0 || placed[c]) continue;
+        if (!Single(here)) return false;
+        narrow(c, here);
+      }
+      continue;
+    }
+    const auto xi = static_cast<std::size_t>(x);
+    const DigitMask m = cand[xi];
+    if (m == 0) return false;
+    if (!placed[xi] && Single(m)) {
+      placed[xi] = true;
+      for (int i = 0; i < 2 * (n - 1); ++i) {
+        const std::size_t p = t.peers[xi][static_cast<std::size_t>(i)];
+        if (placed[p] || (cand[p] & m) == 0) continue;
+        narrow(p, static_cast<DigitMask>(cand[p] & ~m));
+      }
+    }
+    for (std::size_t k = t.linkStart[xi]; k < t.linkStart[xi + 1]; ++k) {
+      const Topology::Link& link = t.links[k];
+      const std::size_t gi = link.greater ? xi : link.other;
+      const std::size_t si = link.greater ? link.other : xi;
+      const DigitMask gm = cand[gi];
+      const DigitMask sm = cand[si];
+      if (gm == 0 || sm == 0) return false;
+      const DigitMask ng = gm & masks::Above(masks::Lowest(sm));
+      const DigitMask ns = sm & masks::Below(masks::Highest(gm));
+      if (ng == 0 || ns == 0) return false;
+      if (ng != gm) narrow(gi, ng);
+      if (ns != sm) narrow(si, ns);
+    }
+    todo.lines |= t.lineBits[xi];
+  }
+}
+
+// The first step of rungs 1 to 5 within the scope; defined with the ladder below.
+bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope);
+
+// What the ladder remembers while it explains one grid, whose candidates only ever
+// shrink: where each assumption led. The rules only strike, so an assumption that broke
+// the grid breaks it again, and one that held leads, on a smaller grid, to a state
+// within where it led before: that end state, narrowed to the grid and settled from the
+// cells that lost candidates, is the new one. Only what changed is followed again.
+class Memo {
+ public:
+  // Starts a search for a step on g: settles g's own candidates.
+  void Look(const Grid& g) {
+    if (!topology_ || topology_->n != g.n) {
+      topology_ = std::make_unique<Topology>(g);
+      entries_.assign(static_cast<std::size_t>(g.n * g.n * (kMaxGridSize + 1)), Entry{});
+      seen_ = false;
+    }
+    if (seen_ && g.cand == last_ && g.placed == lastPlaced_) return;
+    cells_ = g.n * g.n;
+    for (std::size_t c = 0; seen_ && c < static_cast<std::size_t>(cells_); ++c) {
+      // A grid that is not within the last one: what was remembered may not hold.
+      if ((g.cand[c] & ~last_[c]) != 0) {
+        std::fill(entries_.begin(), entries_.end(), Entry{});
+        break;
+      }
+    }
+    last_ = g.cand;
+    lastPlaced_ = g.placed;
+    seen_ = true;
+    base_ = g.cand;
+    basePlaced_ = g.placed;
+    Pending todo;
+    todo.All(g.n);
+    baseHolds_ = Settle(*topology_, base_, basePlaced_, todo);
+    quiet_ = Unknown;
+  }
+
+  // Where c = d leads by singles and signs, or nullptr when it breaks the grid.
+  const Cand* Quick(int c, int d) {
+    if (!baseHolds_ || (base_[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) return nullptr;
+    Entry& e = At(c, d);
+    if (!e.quickKnown) {
+      e.quick = base_;
+      e.quick[static_cast<std::size_t>(c)] = masks::Bit(d);
+      Placed placed = basePlaced_;
+      Pending todo;
+      todo.Cell(c);
+      e.quickHolds = Settle(*topology_, e.quick, placed, todo);
+      e.quickKnown = true;
+    } else if (e.quickHolds) {
+      e.quickHolds = Renew(e.quick).holds;
+    }
+    return e.quickHolds ? &e.quick : nullptr;
+  }
+
+  // Whether c = d survives rungs 1 to 5 applied in turn, as PropagateDeep does.
+  bool DeepHolds(const Grid& g, int c, int d, int budget) {
+    const Cand* quick = Quick(c, d);
+    if (quick == nullptr) return false;
+    Entry& e = At(c, d);
+    // A grid the trial lies within on which rungs 1 to 5 found nothing: where it ended
+    // before, or g itself. The rungs look again only where the trial differs from it.
+    Grid quiet = g;
+    bool scoped = true;
+    if (e.deepKnown) {
+      if (!e.deepHolds) return false;
+      SetCand(quiet, e.deep);
+      const Renewed renewed = Renew(e.deep);
+      if (!renewed.holds || !renewed.changed) return e.deepHolds = renewed.holds;
+    } else {
+      e.deep = *quick;
+      scoped = Quiet(g);
+    }
+    Grid trial = g;
+    SetCand(trial, e.deep);
+    e.deepKnown = true;
+    e.deepHolds = false;
+    for (int i = 0; i < budget; ++i) {
+      Step step;
+      if (IsSolved(trial) || !EasyStep(trial, step, *this, scoped ? Scope::Changed(trial, quiet) : kWholeGrid)) {
+        e.deep = trial.cand;
+        return e.deepHolds = true;
+      }
+      Apply(trial, step);
+      if (IsBroken(trial)) return false;
+      Pending todo;
+      for (const auto& [cell, digits] : step.removed) todo.Cell(cell);
+      for (const auto& [cell, digit] : step.placed) {
+        // Settle places it again, to clear its lines.
+        trial.placed[static_cast<std::size_t>(cell)] = false;
+        todo.Cell(cell);
+      }
+      if (!Settle(*topology_, trial.cand, trial.placed, todo)) return false;
+    }
+    e.deepKnown = false;  // out of steps: held, but not to a known end
+    return true;
+  }
+
+  // Where rung t of 1 to 5 must look on the grid: everywhere, or, when the grid is the
+  // one the last step left, only where steps changed it since the rung found nothing.
+  const Scope& Since(const Grid& g, std::size_t t) {
+    if (t == 0 && (!following_ || g.cand != after_ || g.placed != afterPlaced_)) since_.fill(kWholeGrid);
+    following_ = false;
+    return since_[t];
+  }
+  void FoundNothing(std::size_t t) { since_[t] = kNothing; }
+  // The step was applied, giving `after`; returns where it changed the grid.
+  Scope Applied(const Step& step, const Grid& after) {
+    Scope changed = kNothing;
+    for (const auto& [cell, digits] : step.removed) changed.Add(after.n, cell, digits);
+    for (const auto& [cell, digit] : step.placed) changed.Add(after.n, cell, masks::Bit(digit));
+    for (Scope& scope : since_) scope.Add(changed);
+    after_ = after.cand;
+    afterPlaced_ = after.placed;
+    following_ = true;
+    return changed;
+  }
+
+  const Chains& ChainsFor(const Grid& g, bool down) {
+    if (!chains_) chains_ = std::make_unique<std::array<Chains, 2>>(std::array{LongestChains(g, true), LongestChains(g, false)});
+    return (*chains_)[down ? 0 : 1];
+  }
+
+ private:
+  struct Entry {
+    bool quickKnown = false;
+    bool quickHolds = false;
+    bool deepKnown = false;
+    bool deepHolds = false;
+    Cand quick;
+    Cand deep;
+  };
+  struct Renewed {
+    bool holds;
+    bool changed;
+  };
+
+  Entry& At(int c, int d) { return entries_[static_cast<std::size_t>(c * (kMaxGridSize + 1) + d)]; }
+
+  // A settled state as a grid: its single cells are placed.
+  void SetCand(Grid& grid, const Cand& cand) const {
+    grid.cand = cand;
+    for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) grid.placed[x] = Single(cand[x]);
+  }
+
+  // Whether rungs 1 to 5 find nothing on the grid last looked at, g.
+  bool Quiet(const Grid& g) {
+    if (quiet_ == Unknown) {
+      Step step;
+      quiet_ = EasyStep(g, step, *this, kWholeGrid) ? No : Yes;
+    }
+    return quiet_ == Yes;
+  }
+
+  Renewed Renew(Cand& end) const {
+    Pending todo;
+    Placed placed{};
+    bool changed = false;
+    for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) {
+      placed[x] = Single(end[x]);
+      const DigitMask within = end[x] & base_[x];
+      if (within == end[x]) continue;
+      end[x] = within;
+      todo.Cell(static_cast<int>(x));
+      changed = true;
+    }
+    return {!changed || Settle(*topology_, end, placed, todo), changed};
+  }
+
+  std::unique_ptr<Topology> topology_;
+  std::unique_ptr<std::array<Chains, 2>> chains_;  // down, up
+  std::vector<Entry> entries_;
+  int cells_ = 0;
+  bool seen_ = false;
+  Cand last_{};
+  Placed lastPlaced_{};
+  Cand base_{};
+  Placed basePlaced_{};
+  bool baseHolds_ = false;
+  enum { Unknown, Yes, No } quiet_ = Unknown;
+  std::array<Scope, kBelowChains> since_{};
+  bool following_ = false;  // the grid is after_ unless a step was taken without Applied
+  Cand after_{};
+  Placed afterPlaced_{};
+};
+
+const Chains& ChainsOf(Memo& memo, const Grid& g, bool down) { return memo.ChainsFor(g, down); }
+
+bool AllPlaced(const Grid& g) {
+  for (int c = 0; c < Cells(g); ++c) {
+    if (!g.placed[static_cast<std::size_t>(c)]) return false;
+  }
+  return true;
+}
+
+// IsBroken on the lines and signs of the scope only.
+bool BrokenWithin(const Grid& g, const Scope& scope) {
+  const int n = g.n;
+  for (int l = 0; l < 2 * n; ++l) {
+    if (!scope.Line(l)) continue;
+    const Line cells = LineCells(n, l);
+    DigitMask seen = 0;
+    DigitMask placed = 0;
+    for (int i = 0; i < n; ++i) {
+      const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+      if (g.cand[c] == 0) return true;
+      if (g.placed[c]) {
+        if ((placed & g.cand[c]) != 0) return true;
+        placed |= g.cand[c];
+      }
+      seen |= g.cand[c];
+    }
+    if (seen != masks::Full(n)) return true;
+  }
+  for (const Sign& s : g.SignList()) {
+    if (scope.Touches(s) && masks::Highest(g.cand[static_cast<std::size_t>(s.greater)]) <=
+                                masks::Lowest(g.cand[static_cast<std::size_t>(s.smaller)])) {
+      return true;
+    }
+  }
+  return false;
+}
+
 // ---- Rung 6: forcing chains from a two-candidate cell ---------------------------------
 
-bool ForcingChain(const Grid& g, Step& step) {
+bool ForcingChain(const Grid& g, Step& step, Memo& memo) {
+  memo.Look(g);
   for (int c = 0; c < Cells(g); ++c) {
     const DigitMask m = g.cand[static_cast<std::size_t>(c)];
     if (g.placed[static_cast<std::size_t>(c)] || masks::Count(m) != 2) continue;
     const int a = masks::Lowest(m);
     const int b = masks::Highest(m);
-    Grid ga = g;
-    Grid gb = g;
-    Trail ta;
-    Trail tb;
-    ga.cand[static_cast<std::size_t>(c)] = masks::Bit(a);
-    gb.cand[static_cast<std::size_t>(c)] = masks::Bit(b);
     // A branch that breaks is a contradiction, the next rung's business.
-    if (!Propagate(ga, ta) || !Propagate(gb, tb)) continue;
+    const Cand* ga = memo.Quick(c, a);
+    const Cand* gb = ga == nullptr ? nullptr : memo.Quick(c, b);
+    if (gb == nullptr) continue;
     std::vector<std::pair<int, DigitMask>> removed;
     for (int x = 0; x < Cells(g); ++x) {
       if (x == c || g.placed[static_cast<std::size_t>(x)]) continue;
-      const DigitMask either = ga.cand[static_cast<std::size_t>(x)] | gb.cand[static_cast<std::size_t>(x)];
+      const DigitMask either = (*ga)[static_cast<std::size_t>(x)] | (*gb)[static_cast<std::size_t>(x)];
       const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(x)] & ~either);
       if (gone != 0) removed.emplace_back(x, gone);
     }
@@ -573,7 +1033,7 @@ bool ForcingChain(const Grid& g, Step& step) {
     const int x = removed[0].first;
     const DigitMask left = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(x)] & ~removed[0].second);
     step.cells.push_back(x);
-    std::string result = masks::IsSingle(left) ? CellName(g.n, x) + " is " + std::to_string(DigitOf(left))
+    std::string result = Single(left) ? CellName(g.n, x) + " is " + std::to_string(DigitOf(left))
                                                : CellName(g.n, x) + " is not " + Digits(removed[0].second, "or");
     step.text = Capital(CellName(g.n, c)) + " is " + std::to_string(a) + " or " + std::to_string(b) +
                 ". Following singles and signs from either digit, both lead to the same place: " + result +
@@ -589,14 +1049,15 @@ bool ForcingChain(const Grid& g, Step& step) {
 // ---- Rung 7: proof by contradiction ---------------------------------------------------
 
 // The ladder's rungs 1 to 5 applied until they stop, as a deeper test of an assumption.
-bool PropagateDeep(Grid& g, Trail& trail, int budget);
+bool PropagateDeep(Grid& g, Trail& trail, int budget, Memo& memo);
+constexpr int kDeepBudget = 400;  // steps of rungs 1 to 5 within one assumption
 
 // Tries c = d on a copy; on a contradiction fills the step that strikes d from c.
-bool TestAssumption(const Grid& g, int c, int d, bool deep, Step& step) {
+bool TestAssumption(const Grid& g, int c, int d, bool deep, Step& step, Memo& memo) {
   Grid trial = g;
   Trail trail;
   trial.cand[static_cast<std::size_t>(c)] = masks::Bit(d);
-  const bool holds = deep ? PropagateDeep(trial, trail, 400) : Propagate(trial, trail);
+  const bool holds = deep ? PropagateDeep(trial, trail, kDeepBudget, memo) : Propagate(trial, trail);
   if (holds) return false;
   step = {"Contradiction", kContradiction, {c}, {}, {{c, masks::Bit(d)}}, ""};
   for (const auto& [cell, digit] : trail.placed) {
@@ -627,26 +1088,41 @@ std::vector<std::pair<int, int>> Assumptions(const Grid& g) {
   return all;
 }
 
-bool Contradiction(const Grid& g, Step& step, bool deep) {
+bool Contradiction(const Grid& g, Step& step, bool deep, Memo& memo) {
+  memo.Look(g);
   for (const auto& [c, d] : Assumptions(g)) {
-    if (TestAssumption(g, c, d, deep, step)) return true;
+    const bool holds = deep ? memo.DeepHolds(g, c, d, kDeepBudget) : memo.Quick(c, d) != nullptr;
+    // Followed again, with its trail, only to be told.
+    if (!holds && TestAssumption(g, c, d, deep, step, memo)) return true;
   }
   return false;
 }
 
-bool ContradictionQuick(const Grid& g, Step& step) { return Contradiction(g, step, false); }
-bool ContradictionDeep(const Grid& g, Step& step) { return Contradiction(g, step, true); }
+bool ContradictionQuick(const Grid& g, Step& step, Memo& memo) { return Contradiction(g, step, false, memo); }
+bool ContradictionDeep(const Grid& g, Step& step, Memo& memo) { return Contradiction(g, step, true, memo); }
 
-bool NakedPair(const Grid& g, Step& s) { return NakedSubset(g, 2, s); }
-bool HiddenPair(const Grid& g, Step& s) { return HiddenSubset(g, 2, s); }
-bool NakedTriple(const Grid& g, Step& s) { return NakedSubset(g, 3, s); }
-bool HiddenTriple(const Grid& g, Step& s) { return HiddenSubset(g, 3, s); }
-bool NakedQuad(const Grid& g, Step& s) { return NakedSubset(g, 4, s); }
-bool HiddenQuad(const Grid& g, Step& s) { return HiddenSubset(g, 4, s); }
-bool XWing(const Grid& g, Step& s) { return Fish(g, 2, s); }
-bool Swordfish(const Grid& g, Step& s) { return Fish(g, 3, s); }
+bool NakedPair(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 2, s, scope); }
+bool HiddenPair(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 2, s, scope); }
+bool NakedTriple(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 3, s, scope); }
+bool HiddenTriple(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 3, s, scope); }
+bool NakedQuad(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 4, s, scope); }
+bool HiddenQuad(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 4, s, scope); }
+bool XWing(const Grid& g, Step& s, const Scope& scope) { return Fish(g, 2, s, scope); }
+bool Swordfish(const Grid& g, Step& s, const Scope& scope) { return Fish(g, 3, s, scope); }
 
-using Technique = bool (*)(const Grid&, Step&);
+using Technique = bool (*)(const Grid&, Step&, Memo&, const Scope&);
+
+// Most of rungs 1 to 5 need nothing remembered.
+template <bool (*Find)(const Grid&, Step&, const Scope&)>
+bool Easy(const Grid& g, Step& step, Memo&, const Scope& scope) {
+  return Find(g, step, scope);
+}
+
+// Rungs 6 and 7 look at the whole grid.
+template <bool (*Find)(const Grid&, Step&, Memo&)>
+bool Whole(const Grid& g, Step& step, Memo& memo, const Scope&) {
+  return Find(g, step, memo);
+}
 
 struct NamedTechnique {
   std::string_view name;
@@ -654,24 +1130,50 @@ struct NamedTechnique {
 };
 
 // The ladder, easiest first; NextStep takes the first that finds something.
-constexpr NamedTechnique kLadder[] = {
-    {"Naked single", NakedSingle},     {"Hidden single", HiddenSingle},   {"Sign beside a digit", SignBesideDigit},
-    {"Sign chain", SignChain},         {"Sign bounds", SignBounds},       {"Naked pair", NakedPair},
-    {"Hidden pair", HiddenPair},       {"Naked triple", NakedTriple},     {"Hidden triple", HiddenTriple},
-    {"Naked quad", NakedQuad},         {"Hidden quad", HiddenQuad},       {"X-wing", XWing},
-    {"Swordfish", Swordfish},          {"Forcing chain", ForcingChain},   {"Contradiction", ContradictionQuick},
-    {"Deep contradiction", ContradictionDeep}};
-// Rungs 1 to 5 only, for testing an assumption deeply.
-constexpr std::size_t kBelowChains = 13;
+constexpr NamedTechnique kLadder[] = {{"Naked single", Easy<NakedSingle>},
+                                      {"Hidden single", Easy<HiddenSingle>},
+                                      {"Sign beside a digit", Easy<SignBesideDigit>},
+                                      {"Sign chain", SignChain},
+                                      {"Sign bounds", Easy<SignBounds>},
+                                      {"Naked pair", Easy<NakedPair>},
+                                      {"Hidden pair", Easy<HiddenPair>},
+                                      {"Naked triple", Easy<NakedTriple>},
+                                      {"Hidden triple", Easy<HiddenTriple>},
+                                      {"Naked quad", Easy<NakedQuad>},
+                                      {"Hidden quad", Easy<HiddenQuad>},
+                                      {"X-wing", Easy<XWing>},
+                                      {"Swordfish", Easy<Swordfish>},
+                                      {"Forcing chain", Whole<ForcingChain>},
+                                      {"Contradiction", Whole<ContradictionQuick>},
+                                      {"Deep contradiction", Whole<ContradictionDeep>}};
+static_assert(kLadder[kBelowChains].name == "Forcing chain");
 
-bool PropagateDeep(Grid& g, Trail& trail, int budget) {
+bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
+  for (std::size_t t = 0; t < kBelowChains; ++t) {
+    if (kLadder[t].find(g, step, memo, scope)) return true;
+  }
+  return false;
+}
+
+bool NextStep(const Grid& grid, Step& step, Memo& memo) {
+  for (std::size_t t = 0; t < std::size(kLadder); ++t) {
+    if (t >= kBelowChains) {
+      if (kLadder[t].find(grid, step, memo, kWholeGrid)) return true;
+      continue;
+    }
+    const Scope& scope = memo.Since(grid, t);
+    if (!scope.Empty() && kLadder[t].find(grid, step, memo, scope)) return true;
+    memo.FoundNothing(t);
+  }
+  return false;
+}
+
+bool PropagateDeep(Grid& g, Trail& trail, int budget, Memo& memo) {
   for (int i = 0; i < budget; ++i) {
     if (!Propagate(g, trail)) return false;
     if (IsSolved(g)) return true;
     Step step;
-    bool found = false;
-    for (std::size_t t = 0; t < kBelowChains && !found; ++t) found = kLadder[t].find(g, step);
-    if (!found) return true;
+    if (!EasyStep(g, step, memo, kWholeGrid)) return true;
     Apply(g, step);
     for (const auto& [cell, digit] : step.placed) trail.placed.emplace_back(cell, digit);
     if (IsBroken(g)) {
@@ -728,29 +1230,30 @@ void StoreGrid(const Grid& grid, PuzzleModel& model) {
   }
 }
 
-bool IsSolved(const Grid& grid) {
-  for (int c = 0; c < Cells(grid); ++c) {
-    if (!grid.placed[static_cast<std::size_t>(c)]) return false;
-  }
-  return !IsBroken(grid);
-}
+bool IsSolved(const Grid& grid) { return AllPlaced(grid) && !IsBroken(grid); }
 
 bool IsBroken(const Grid& grid) {
   const int n = grid.n;
-  for (int l = 0; l < 2 * n; ++l) {
-    const Line cells = LineCells(n, l);
-    DigitMask seen = 0;
-    DigitMask placed = 0;
-    for (int i = 0; i < n; ++i) {
-      const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
-      if (grid.cand[c] == 0) return true;
-      if (grid.placed[c]) {
-        if ((placed & grid.cand[c]) != 0) return true;
-        placed |= grid.cand[c];
+  // Rows and columns in one pass over the cells: the ladder asks after every step.
+  std::array<DigitMask, 2 * kMaxGridSize> seen{};
+  std::array<DigitMask, 2 * kMaxGridSize> placed{};
+  for (int row = 0, c = 0; row < n; ++row) {
+    for (int column = n; column < 2 * n; ++column, ++c) {
+      const DigitMask m = grid.cand[static_cast<std::size_t>(c)];
+      if (m == 0) return true;
+      const auto r = static_cast<std::size_t>(row);
+      const auto k = static_cast<std::size_t>(column);
+      seen[r] |= m;
+      seen[k] |= m;
+      if (grid.placed[static_cast<std::size_t>(c)]) {
+        if (((placed[r] | placed[k]) & m) != 0) return true;
+        placed[r] |= m;
+        placed[k] |= m;
       }
-      seen |= grid.cand[c];
     }
-    if (seen != masks::Full(n)) return true;
+  }
+  for (int l = 0; l < 2 * n; ++l) {
+    if (seen[static_cast<std::size_t>(l)] != masks::Full(n)) return true;
   }
   for (const Sign& s : grid.SignList()) {
     const auto gi = static_cast<std::size_t>(s.greater);
@@ -761,15 +1264,14 @@ bool IsBroken(const Grid& grid) {
 }
 
 bool NextStep(const Grid& grid, Step& step) {
-  for (const NamedTechnique& technique : kLadder) {
-    if (technique.find(grid, step)) return true;
-  }
-  return false;
+  Memo memo;
+  return NextStep(grid, step, memo);
 }
 
 bool TryTechnique(const Grid& grid, std::string_view name, Step& step) {
+  Memo memo;
   for (const NamedTechnique& technique : kLadder) {
-    if (technique.name == name) return technique.find(grid, step);
+    if (technique.name == name) return technique.find(grid, step, memo, kWholeGrid);
   }
   return false;
 }
@@ -787,14 +1289,18 @@ void Apply(Grid& grid, const Step& step) {
 Explanation Explain(const Grid& start, const ExplainOptions& options) {
   Explanation out;
   Grid grid = start;
-  while (!IsBroken(grid) && !IsSolved(grid) && static_cast<int>(out.steps.size()) < options.maxSteps) {
+  Memo memo;
+  bool broken = IsBroken(grid);
+  while (!broken && !AllPlaced(grid) && static_cast<int>(out.steps.size()) < options.maxSteps) {
     if (options.cancel != nullptr && options.cancel->load(std::memory_order_relaxed)) {
       out.cancelled = true;
       break;
     }
     Step step;
-    if (!NextStep(grid, step)) break;
+    if (!NextStep(grid, step, memo)) break;
     Apply(grid, step);
+    // A grid that held breaks only where the step changed it.
+    broken = BrokenWithin(grid, memo.Applied(step, grid));
     out.grade.level = std::max(out.grade.level, step.level);
     out.grade.score += RungWeight(step.level);
     out.steps.push_back(std::move(step));

@@ -42,7 +42,8 @@ std::string CellCandidates(const PuzzleModel& model, int cell);
 // "v error") the status line shows.
 std::string SignEntryError(const PuzzleModel& model, int p, char sign);
 
-// The candidates of a cell, or the first rule its own digit breaks.
+// The candidates of a cell, or the first rule its own digit breaks. No command calls it:
+// it is kept as part of the solver's interface.
 std::string CheckCellEntry(const PuzzleModel& model, int cell);
 
 }  // namespace qm

@@ -30,7 +30,7 @@ inline constexpr auto kCountTable = [] {
 }();
 // Bits 1..9 only, as digit sets hold.
 constexpr int Count(DigitMask m) { return kCountTable.count[(m >> 1) & 511]; }
-// Not std::has_single_bit: that counts the bits, the same library call.
+// Not std::has_single_bit either: it counts bits.
 constexpr bool IsSingle(DigitMask m) { return m != 0 && (m & (m - 1)) == 0; }
 // The least and the greatest digit of a non-empty set.
 constexpr int Lowest(DigitMask m) { return std::countr_zero(m); }

@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 
+#include "solver/digit_masks.h"
 #include "solver/technique_table.h"
 
 namespace qm {
@@ -10,18 +11,9 @@ namespace qm {
 namespace {
 
 using Mask = MaskGrid::Mask;
-
-constexpr Mask Bit(int d) { return static_cast<Mask>(1u << d); }
-bool Fixed(Mask m) { return m != 0 && (m & (m - 1)) == 0; }  // has_single_bit counts bits
-
-// Candidate counts by table: without a popcount instruction in the baseline target,
-// std::popcount is a library call, and it sits in every inner loop here.
-constexpr auto kCounts = [] {
-  std::array<std::uint8_t, 1024> counts{};
-  for (std::size_t m = 1; m < counts.size(); ++m) counts[m] = static_cast<std::uint8_t>(counts[m >> 1] + (m & 1));
-  return counts;
-}();
-int Count(Mask m) { return kCounts[m & 1023u]; }
+using masks::Bit;
+using masks::Count;
+constexpr bool Fixed(Mask m) { return masks::IsSingle(m); }
 
 enum : std::uint8_t {
   kSinglesLine = 1,

@@ -12,12 +12,13 @@
 #include <cstdint>
 
 #include "core/puzzle_model.h"
+#include "solver/digit_masks.h"
 #include "solver/techniques.h"
 
 namespace qm {
 
 struct MaskGrid {
-  using Mask = std::uint16_t;  // bit d: digit d is a candidate
+  using Mask = masks::DigitMask;  // bit d: digit d is a candidate
   static constexpr int kMaxCells = kMaxGridSize * kMaxGridSize;
 
   int n = 0;

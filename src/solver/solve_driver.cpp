@@ -58,7 +58,7 @@ SolveOutcome Finish(PuzzleModel& model, RunHooks& run, SolveOutcome outcome, boo
   if (!finished) return outcome;  // cancelled: no rule check, the candidates stay
   run.EndExplaining();            // explaining ends with the logic phase
   const CheckResult check = CheckGrid(model);
-  outcome.status = check.result;
+  outcome.status = static_cast<SolveStatus>(check.result);  // -1, 1 or 99 only
   if (check.result == kBroken) {
     outcome.message = "ERROR:" + check.message;
   } else if (check.result == kStalled) {

@@ -7,13 +7,14 @@
 #include <string>
 
 #include "core/puzzle_model.h"
+#include "core/rule_checks.h"
 #include "core/run_hooks.h"
 #include "solver/techniques.h"
 
 namespace qm {
 
 struct SolveOutcome {
-  int status = 0;
+  SolveStatus status{};  // 0 until a solve ran
   int sweeps = 0;  // sweeps that changed something
   std::string message;
   std::array<int, kTechniqueCount> changes{};  // changes made by each technique

@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "commands/batch_creation.h"
 #include "core/text_rules.h"
 #include "commands/save_commands.h"
 #include "generator/create_puzzle.h"

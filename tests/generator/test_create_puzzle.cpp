@@ -4,9 +4,11 @@
 
 #include <map>
 #include <set>
+#include <tuple>
 
 #include "commands/headless_port.h"
 #include "commands/run_control.h"
+#include "generator/creation_options.h"
 #include "core/rule_checks.h"
 #include "solver/candidates.h"
 #include "solver/solve_driver.h"
@@ -36,6 +38,30 @@ TEST(CluesForLevel, TheCountsOfEveryLevelAndTheRandomSpan) {
 }
 
 // The shuffle never leaves an entry in place: every result is one single cycle.
+// The dialog's choices become the generator's codes in one place, and the validation
+// goes through it: "Upto 1" shares its code with "Random".
+TEST(ClueRules, EveryChoiceBecomesItsCode) {
+  using Kind = ClueRule::Kind;
+  EXPECT_EQ(ClueSpecOf({Kind::None}), 0);
+  EXPECT_EQ(ClueSpecOf({Kind::Fixed, 3}), 103);
+  EXPECT_EQ(ClueSpecOf({Kind::Exactly, 7}), 7);
+  EXPECT_EQ(ClueSpecOf({Kind::Upto, 5}), -5);
+  EXPECT_EQ(ClueSpecOf({Kind::ByLevel}), 99);
+  EXPECT_EQ(ClueSpecOf({Kind::Upto, 1}), ClueSpecOf({Kind::Random}));
+
+  CreationOptions options;
+  options.size = "4";
+  for (const auto& [choice, field, spec] : std::vector<std::tuple<int, std::string, int>>{
+           {kChoiceNoClues, "", 0}, {kChoiceFixedClue, "2", 102}, {kChoiceExactly, "2", 2},
+           {kChoiceUpto, "2", -2}, {kChoiceByLevel, "", 99}, {kChoiceRandom, "", -1}}) {
+    options.clueChoice = choice;
+    options.fixedDigit = options.exactCount = options.uptoCount = field;
+    const CreationValidation checked = ValidateCreationOptions(options);
+    ASSERT_TRUE(checked.Accepted()) << choice << ": " << checked.message;
+    EXPECT_EQ(checked.settings.clueSpec, spec) << choice;
+  }
+}
+
 TEST(ShuffleCellOrder, YieldsOnlyCyclicPermutations) {
   PuzzleModel model;
   for (int round = 0; round < 60; ++round) {

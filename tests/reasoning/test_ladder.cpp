@@ -179,6 +179,50 @@ TEST(Ladder, EveryStepKeepsTheTrueSolution) {
   for (int rung : {kSingles, kSignDigit, kSignBounds, kSubsets}) EXPECT_GT(rungsSeen[static_cast<std::size_t>(rung)], 0);
 }
 
+// Explain remembers where assumptions led from one step to the next; each step must be
+// the one the ladder finds on that grid afresh, sentence and all.
+void ExpectSameStepsAfresh(const Grid& start, const std::string& what) {
+  const Explanation result = Explain(start);
+  Grid grid = start;
+  for (std::size_t i = 0; i < result.steps.size(); ++i) {
+    const Step& remembered = result.steps[i];
+    Step afresh;
+    ASSERT_TRUE(NextStep(grid, afresh)) << what << " step " << i;
+    ASSERT_EQ(afresh.technique, remembered.technique) << what << " step " << i;
+    ASSERT_EQ(afresh.text, remembered.text) << what << " step " << i;
+    ASSERT_EQ(afresh.placed, remembered.placed) << what << " step " << i;
+    ASSERT_EQ(afresh.removed, remembered.removed) << what << " step " << i;
+    Apply(grid, afresh);
+  }
+}
+
+TEST(Ladder, RememberingChangesNoStep) {
+  // A hard 9x9 that needs contradictions followed through rungs 1 to 5.
+  const Grid hard = Built({".............<...", "........^.v......", "4....>.>.<...<...", "............v....",
+                           ".....<.......<.<.", ".................", "9..........<.....", "..^...^...v......",
+                           ".>..3......>...<.", "..^.........v.v..", ".>.>..8..........", "....v.^..........",
+                           "...........>.....", "v.......^.......v", ".>.>.....<.......", "............v...^",
+                           ".......>5..<.>..."});
+  const Explanation result = Explain(hard);
+  EXPECT_TRUE(result.solved);
+  EXPECT_EQ(result.grade.level, kContradiction);
+  ExpectSameStepsAfresh(hard, "hard 9x9");
+
+  // Random puzzles with few clues: forcing chains and contradictions on smaller grids.
+  std::mt19937 random(7);
+  std::array<int, kTopRung + 1> rungsSeen{};
+  for (int puzzles = 0; puzzles < 60;) {
+    PuzzleModel m;
+    std::vector<int> square;
+    if (!RandomUniquePuzzle(random, 5 + puzzles % 3, m, square)) continue;
+    ++puzzles;
+    const Grid start = GridFromModel(m);
+    ++rungsSeen[static_cast<std::size_t>(Explain(start).grade.level)];
+    ExpectSameStepsAfresh(start, "puzzle " + std::to_string(puzzles));
+  }
+  EXPECT_GT(rungsSeen[kForcing] + rungsSeen[kContradiction], 0);
+}
+
 TEST(Ladder, FinishesWhatTheSixTechniquesFinishAndGrades) {
   const std::string collection = std::string(QUILLMERE_APP_DIR) + "puzzles.fut";
   PuzzleModel model;

@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# The real program on a virtual display, driven by keystrokes: while a paced solve waits
+# for the first Space press it uses under 2 % of a core, and Quillmere -> Exit then ends
+# the process within a second.
+# Usage: paced_solve_process.sh PROGRAM_DIR
+set -u
+program_dir="$1"
+for tool in Xvfb xdotool; do
+    command -v "$tool" >/dev/null || { echo "SKIP: $tool is not installed"; exit 77; }
+done
+
+work="$(mktemp -d)"
+cleanup() {
+    [ -n "${app:-}" ] && kill "$app" 2>/dev/null
+    [ -n "${xvfb:-}" ] && kill "$xvfb" 2>/dev/null
+    rm -rf "$work"
+}
+trap cleanup EXIT
+cp "$program_dir"/quillmere "$program_dir"/puzzles.fut "$program_dir"/all.col "$program_dir"/Quillmere.htm "$work"/
+cp "$program_dir"/Quillmere.cfg "$work"/ 2>/dev/null || true
+
+display=":$(( 90 + RANDOM % 400 ))"
+Xvfb "$display" -screen 0 1280x900x24 -nolisten tcp >/dev/null 2>&1 &
+xvfb=$!
+export DISPLAY="$display"
+for _ in $(seq 50); do xdotool getmouselocation >/dev/null 2>&1 && break; sleep 0.1; done
+
+cd "$work" || exit 1
+ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0" ./quillmere >"$work/log" 2>&1 &
+app=$!
+window=""
+for _ in $(seq 100); do
+    window="$(xdotool search --name '^Quillmere 2.0$' 2>/dev/null | head -1)"
+    [ -n "$window" ] && break
+    sleep 0.1
+done
+[ -n "$window" ] || { echo "FAIL: no window"; cat "$work/log"; exit 1; }
+sleep 1
+xdotool windowfocus --sync "$window"
+
+ticks() { awk '{print $14 + $15}' "/proc/$app/stat"; }
+# Solve -> Auto (with pause): it now waits for the first Space press.
+xdotool key alt+s
+sleep 0.3
+xdotool key Down Return
+sleep 1
+before="$(ticks)"
+sleep 2
+after="$(ticks)"
+hz="$(getconf CLK_TCK)"
+used="$(( (after - before) * 1000 / hz ))"
+echo "processor time over 2 s of waiting: ${used} ms"
+[ "$used" -le 40 ] || { echo "FAIL: the wait used ${used} ms of 2000"; exit 1; }
+
+# Quillmere -> Exit, answered Yes.
+xdotool key alt+q
+sleep 0.3
+xdotool key Down Down Down Return
+sleep 0.5
+xdotool key Return
+for i in $(seq 20); do
+    state="$(awk '{print $3}' "/proc/$app/stat" 2>/dev/null)"
+    if [ -z "$state" ] || [ "$state" = "Z" ]; then
+        echo "the process ended $(( i * 50 )) ms after Yes"
+        wait "$app"
+        app=""
+        exit 0
+    fi
+    sleep 0.05
+done
+echo "FAIL: the process still runs a second after Exit"
+exit 1
