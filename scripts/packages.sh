@@ -11,7 +11,7 @@ QM_BUILD_PACKAGES=(
     libcli11-dev nlohmann-json3-dev
     qt6-base-dev qt6-svg-dev libgl-dev
     python3 python3-xlrd fonts-dejavu-core poppler-utils
-    clang libclang-rt-14-dev time parallel xvfb xdotool
+    clang libclang-rt-14-dev time parallel xvfb xdotool x11-apps
 )
 
 qm_missing_packages() {

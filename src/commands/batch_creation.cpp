@@ -210,7 +210,7 @@ int CreateSinglePuzzle(PuzzleModel& model, RunControl& run, Generator& generator
   if (model.SolverBusy) return kBroken;
   // The new puzzle takes the grid's place: unsaved edits go only with the user's consent.
   if (model.Modified != 0 && !port.AskYesNo("Discard all changes?")) return kBroken;
-  run.CancelRequest = kNo;
+  run.CancelRequest = false;
   port.SetBusy(true);
   port.SetProgressLine("Creating New Puzzle");
   model.SolverBusy = true;
@@ -222,8 +222,8 @@ int CreateSinglePuzzle(PuzzleModel& model, RunControl& run, Generator& generator
   port.RedrawGrid();
   const int result = CreatePuzzle(model, run, generator);
   model.SolverBusy = false;
-  const bool cancelled = run.CancelRequest == kYes;
-  run.CancelRequest = kNo;
+  const bool cancelled = run.CancelRequest;
+  run.CancelRequest = false;
   port.SetProgressLine("");
   port.SetBusy(false);
   if (result != kSolved) {
@@ -292,7 +292,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
                        options.shardCount};
   const bool displayOnly = count == 1 && settings.displayOne;
 
-  run.CancelRequest = kNo;
+  run.CancelRequest = false;
   port.SetProgressLine("Creating New Puzzle");
   model.SolverBusy = true;
   generator.Queue.clear();
@@ -346,7 +346,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
   }
   workers.reset();
 
-  run.CancelRequest = kNo;
+  run.CancelRequest = false;
   port.SetProgressLine("");
   ReadPuzzle(model, port, model.CurrentFile, remembered == -1 ? 1 : remembered);
   model.SolverBusy = false;

@@ -68,7 +68,7 @@ void ClearGrid(PuzzleModel& model, WindowPort& port) {
 }
 
 std::string MouseStatusText(const PuzzleModel& model, const RunControl& run, int k) {
-  if (run.StepMode != 0 || k < 0 || k > model.LastPosition || !IsCell(model, k) || model.PosText[k].empty()) {
+  if (run.StepMode || k < 0 || k > model.LastPosition || !IsCell(model, k) || model.PosText[k].empty()) {
     return {};
   }
   return "Row=" + std::to_string(model.RowOf[k]) + ", Col=" + std::to_string(model.ColOf[k]) +

@@ -5,15 +5,15 @@ namespace qm {
 void RunControl::WaitForGo() {
   // Each wait sleeps until an event comes: a paced solve waiting for the user costs no
   // processor time. With no user to wait for, every pause is answered at once.
-  while (StepGo == 0 && StepMode != 0) {
-    if (!port_.WaitForEvents()) StepGo = -1;
+  while (!StepGo && StepMode) {
+    if (!port_.WaitForEvents()) StepGo = true;
   }
 }
 
 void RunControl::ShowStep(const SolveStep& step) {
   port_.ShowStep(step);
   // The pacing timer disables itself on every tick; each step starts it again.
-  StepGo = 0;
+  StepGo = false;
   port_.SetPacingTimer(true, model_.PacingInterval);
   WaitForGo();
   port_.EndStep(step);

@@ -4,8 +4,6 @@
 // command-line tool each own one and hand it to the commands that run long.
 #pragma once
 
-#include <cstdint>
-
 #include "core/puzzle_model.h"
 #include "core/run_hooks.h"
 #include "core/window_port.h"
@@ -19,29 +17,29 @@ class RunControl : public RunHooks {
   WindowPort& Port() { return port_; }
   PuzzleModel& Model() { return model_; }
 
-  std::int16_t StepMode = 0;  // -1 while every change is explained and paced
-  std::int16_t StepGo = 0;    // -1 once the user (or the pacing timer) says go on
-  int CancelRequest = kNo;    // kYes once the user asked to cancel; cleared by commands
+  bool StepMode = false;       // while every change is explained and paced
+  bool StepGo = false;         // once the user (or the pacing timer) says go on
+  bool CancelRequest = false;  // once the user asked to cancel; cleared by commands
 
   // The user says go on (space bar, click, timer tick); nothing outside step mode.
   void Continue() {
-    if (StepMode != 0) StepGo = -1;
+    if (StepMode) StepGo = true;
   }
   // Sleeps on events until the user says go on or step mode ends.
   void WaitForGo();
   // Ends step mode and asks whatever runs to stop (the window is closing).
   void StopAll() {
-    StepMode = 0;
-    CancelRequest = kYes;
+    StepMode = false;
+    CancelRequest = true;
   }
 
-  bool Explaining() const override { return StepMode != 0; }
+  bool Explaining() const override { return StepMode; }
   // Presents the step, then waits, with the pacing timer running, for the next go-on.
   void ShowStep(const SolveStep& step) override;
-  void EndExplaining() override { StepMode = 0; }
+  void EndExplaining() override { StepMode = false; }
   void Yield() override { port_.ProcessEvents(); }
-  bool Cancelled() const override { return CancelRequest == kYes; }
-  void ClearCancel() override { CancelRequest = kNo; }
+  bool Cancelled() const override { return CancelRequest; }
+  void ClearCancel() override { CancelRequest = false; }
   void GridChanged() override { port_.RedrawGrid(); }
   void BlankDisplay() override;
 

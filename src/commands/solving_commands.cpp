@@ -85,13 +85,13 @@ AutoSolveResult AutoSolve(PuzzleModel& model, RunControl& run) {
   };
   if (CheckGrid(model).result == kSolved) {
     endBusy();
-    run.StepMode = 0;
+    run.StepMode = false;
     result.solve.status = kSolved;
     result.outcome = kOutcomeSolvedAlready;
     port.ShowMessage(result.outcome);
     return result;
   }
-  if (run.StepMode != 0) {
+  if (run.StepMode) {
     // The user watches the candidates shrink from the full set.
     const int l = model.LayoutExtent;
     for (int row = 1; row <= l; row += 2) {
@@ -119,14 +119,14 @@ AutoSolveResult AutoSolve(PuzzleModel& model, RunControl& run) {
 
 AutoSolveResult PacedAutoSolve(PuzzleModel& model, RunControl& run) {
   WindowPort& port = run.Port();
-  run.StepMode = -1;
+  run.StepMode = true;
   port.SetStatusLine(std::string(kPacedSolvePrompt));
   if (model.PacingInterval < kFastestPace) model.PacingInterval = kDefaultPaceMs;
-  run.StepGo = 0;
+  run.StepGo = false;
   port.SetPacingTimer(false, model.PacingInterval);
   // Cancel ends step mode: then there is nothing to wait for, and nothing to solve.
   run.WaitForGo();
-  if (run.StepMode == 0) {
+  if (!run.StepMode) {
     AutoSolveResult cancelled;
     cancelled.solve.status = kBroken;
     cancelled.solve.message = "Canceled";
@@ -138,10 +138,10 @@ AutoSolveResult PacedAutoSolve(PuzzleModel& model, RunControl& run) {
 
 void CancelCommand(PuzzleModel& model, RunControl& run) {
   WindowPort& port = run.Port();
-  if (run.StepMode != 0) {
+  if (run.StepMode) {
     port.SetPacingTimer(false, model.PacingInterval);
-    run.StepGo = 0;
-    run.StepMode = 0;
+    run.StepGo = false;
+    run.StepMode = false;
     for (int k = 0; k <= model.LastPosition; ++k) {
       if (IsCell(model, k) && model.GivenValue[k] == 0) model.PosText[k].clear();
       port.ColourPosition(k, CellColour::Normal);
@@ -151,9 +151,9 @@ void CancelCommand(PuzzleModel& model, RunControl& run) {
     port.SetStatusLine("Interactive solve Cancelled");
     return;
   }
-  run.StepMode = 0;
+  run.StepMode = false;
   if (port.ProgressLine() != "Canceling...") {
-    run.CancelRequest = kYes;
+    run.CancelRequest = true;
     port.ProcessEvents();
   } else {
     port.SetProgressLine("");

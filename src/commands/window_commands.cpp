@@ -44,7 +44,7 @@ bool StartOnPuzzle(PuzzleModel& model, WindowPort& port, const std::string& numb
 }
 
 void PressArrow(PuzzleModel& model, RunControl& run, int index) {
-  if (run.StepMode != 0) {
+  if (run.StepMode) {
     ChangePace(model, run.Port(), static_cast<PaceButton>(index));
     return;
   }
@@ -54,12 +54,12 @@ void PressArrow(PuzzleModel& model, RunControl& run, int index) {
 bool ReadPrintRange(const PuzzleModel& model, RunControl& run, int first, int last,
                     const std::function<void(const PuzzleModel&, int)>& take) {
   WindowPort& port = run.Port();
-  run.CancelRequest = kNo;
+  run.CancelRequest = false;
   port.SetBusy(true);
   std::string failure;
   for (int n = first; n <= last && failure.empty(); ++n) {
     port.ProcessEvents();
-    if (run.CancelRequest == kYes) break;
+    if (run.CancelRequest) break;
     PuzzleModel scratch;
     if (LoadPuzzle(scratch, model.CurrentFile, n).notFound) {
       failure = ReadErrorMessage(n, model.CurrentFile);
@@ -68,8 +68,8 @@ bool ReadPrintRange(const PuzzleModel& model, RunControl& run, int first, int la
     }
   }
   port.SetBusy(false);
-  const bool cancelled = run.CancelRequest == kYes;
-  run.CancelRequest = kNo;
+  const bool cancelled = run.CancelRequest;
+  run.CancelRequest = false;
   if (!failure.empty()) port.ShowMessage(failure);
   return failure.empty() && !cancelled;
 }

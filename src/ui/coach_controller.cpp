@@ -67,7 +67,7 @@ int DigitOfKey(const QKeyEvent& event) {
 }
 
 CoachController::CoachController(PuzzleModel& model, RunControl& run, GridWidget& grid, QObject* parent)
-    : QObject(parent), model_(model), run_(run), port_(run.Port()), grid_(grid) {
+    : QObject(parent), model_(model), run_(run), grid_(grid) {
   grid_.SetCoach(&state_);
   qApp->installEventFilter(this);
 }
@@ -165,28 +165,28 @@ void CoachController::RebuildHighlightMenu() {
 }
 
 bool CoachController::CellChoice(int p, const std::string& choice) {
-  const bool taken = PlayerCellChoice(state_, model_, port_, p, choice);
+  const bool taken = PlayerCellChoice(state_, model_, Port(), p, choice);
   if (taken) state_.WrongCells.clear();
   Changed();
   return taken;
 }
 
 bool CoachController::SignChoice(int p, const std::string& choice) {
-  const bool taken = PlayerSignChoice(state_, model_, port_, p, choice);
+  const bool taken = PlayerSignChoice(state_, model_, Port(), p, choice);
   Changed();
   return taken;
 }
 
 void CoachController::Undo() {
   if (model_.SolverBusy) return;
-  CoachUndo(state_, model_, port_);
+  CoachUndo(state_, model_, Port());
   state_.WrongCells.clear();
   Changed();
 }
 
 void CoachController::Redo() {
   if (model_.SolverBusy) return;
-  CoachRedo(state_, model_, port_);
+  CoachRedo(state_, model_, Port());
   state_.WrongCells.clear();
   Changed();
 }
@@ -237,16 +237,16 @@ void CoachController::PuzzleReplaced() {
 
 void CoachController::AfterAutoSolve(const std::string& outcome) {
   if (outcome != kOutcomeMultiple) return;
-  port_.SetBusy(true);
+  Port().SetBusy(true);
   const std::string verdict = StallVerdict(model_);
-  port_.SetBusy(false);
-  port_.SetStatusLine(verdict);
+  Port().SetBusy(false);
+  Port().SetStatusLine(verdict);
 }
 
 void CoachController::SetPencilMode(bool on) {
   state_.PencilMode = on;
   if (pencil_ != nullptr && pencil_->isChecked() != on) pencil_->setChecked(on);
-  port_.SetProgressLine(on ? "Pencil marks: digit keys mark and unmark" : "");
+  Port().SetProgressLine(on ? "Pencil marks: digit keys mark and unmark" : "");
 }
 
 void CoachController::SetHighlightDigit(int digit) {
@@ -263,11 +263,11 @@ void CoachController::SetLiveConflicts(bool on) {
 
 void CoachController::CheckMyDigits() {
   if (model_.SolverBusy) return;
-  port_.SetBusy(true);
+  Port().SetBusy(true);
   const DigitCheck check = CheckPlayerDigits(state_, model_);
-  port_.SetBusy(false);
+  Port().SetBusy(false);
   state_.WrongCells = check.wrong;
-  port_.SetStatusLine(DigitCheckText(check));
+  Port().SetStatusLine(DigitCheckText(check));
   grid_.update();
 }
 
@@ -306,14 +306,14 @@ std::string CoachController::HintKey() const {
 }
 
 void CoachController::NextStep() {
-  if (model_.SolverBusy || run_.StepMode != 0) return;
+  if (model_.SolverBusy || run_.StepMode) return;
   const std::string key = HintKey();
   if (hintLevel_ == 0 || key != hintKey_) {
     const SolutionPath path = FindSolutionPath(PathStart(model_, &state_));
     if (path.steps.empty()) {
       Unlight();
       hintLevel_ = 0;
-      port_.SetStatusLine(path.solved   ? "Nothing is left to deduce: the grid is complete"
+      Port().SetStatusLine(path.solved   ? "Nothing is left to deduce: the grid is complete"
                           : path.broken ? "The grid as entered contradicts itself: check your digits and marks"
                                         : "No step is found from here: the rest needs a search");
       return;
@@ -325,19 +325,19 @@ void CoachController::NextStep() {
   ++hintLevel_;
   if (hintLevel_ == 1) {
     Light(hintStep_.cells, {});
-    port_.SetStatusLine("Hint: " + VagueHint(model_, hintStep_));
+    Port().SetStatusLine("Hint: " + VagueHint(model_, hintStep_));
     return;
   }
   if (hintLevel_ == 2) {
     Light(hintStep_.cells, ChangedCells(hintStep_));
-    port_.SetStatusLine("Step: " + hintStep_.technique + ": " + Cp1252ToUtf8(hintStep_.text));
+    Port().SetStatusLine("Step: " + hintStep_.technique + ": " + Cp1252ToUtf8(hintStep_.text));
     return;
   }
   const PathStep step = hintStep_;
-  const bool taken = ApplyStep(state_, model_, port_, step.placed, step.removed);
+  const bool taken = ApplyStep(state_, model_, Port(), step.placed, step.removed);
   Changed();
   hintKey_.clear();
-  port_.SetStatusLine(taken ? "Made: " + step.technique + ": " + Cp1252ToUtf8(step.text)
+  Port().SetStatusLine(taken ? "Made: " + step.technique + ": " + Cp1252ToUtf8(step.text)
                             : "The step does not fit the digits entered: check them (Solve \u2192 Check My Digits)");
 }
 
@@ -347,14 +347,14 @@ void CoachController::ShowPathStep(int index) {
     if (shownStep_ >= 0) {
       shownStep_ = -1;
       Unlight();
-      port_.RedrawGrid();
+      Port().RedrawGrid();
     }
     return;
   }
   const PathStep& step = panel_->Path().steps[static_cast<std::size_t>(index)];
   shownStep_ = index;
   for (int k = 0; k <= model_.LastPosition && k < static_cast<int>(step.after.size()); ++k) {
-    port_.ShowCellText(k, step.after[static_cast<std::size_t>(k)]);
+    Port().ShowCellText(k, step.after[static_cast<std::size_t>(k)]);
   }
   Light(step.cells, ChangedCells(step));
 }
@@ -377,7 +377,7 @@ void CoachController::RecomputePath() {
 }
 
 bool CoachController::eventFilter(QObject* watched, QEvent* event) {
-  if ((event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride) && run_.StepMode != 0) {
+  if ((event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride) && run_.StepMode) {
     const auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier) {
       if (event->type() == QEvent::KeyPress) run_.Continue();

@@ -80,8 +80,9 @@ class CoachController : public QObject {
   std::string HintKey() const;
 
   PuzzleModel& model_;
+  WindowPort& Port() { return run_.Port(); }
+
   RunControl& run_;
-  WindowPort& port_;
   GridWidget& grid_;
   CoachState state_;
   QAction* pencil_ = nullptr;

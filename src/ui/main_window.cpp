@@ -72,7 +72,7 @@ MainWindow::MainWindow(std::string appDir, QWidget* parent) : QMainWindow(parent
   timer1_ = new QTimer(this);
   timer1_->setObjectName("Timer1");
   timer1_->setSingleShot(true);  // the pacing timer disables itself on every tick
-  connect(timer1_, &QTimer::timeout, this, [this] { run_.StepGo = -1; });
+  connect(timer1_, &QTimer::timeout, this, [this] { run_.StepGo = true; });
   creationOptions_.fixedDigit = "1";
   creationSettings_ = ValidateCreationOptions(creationOptions_).settings;
 
@@ -649,13 +649,13 @@ QString MainWindow::PrintTitle() const {
 
 void MainWindow::RunPrint(const std::vector<render::Page>& pages, const render::BookOptions& options) {
   const ModalRunner modal = [this](QDialog& dialog) { return RunModal(dialog); };
-  run_.CancelRequest = kNo;
+  run_.CancelRequest = false;
   if (printToPdf_ || QPrinterInfo::availablePrinters().isEmpty()) {
     PrintToFile(model_, *this, modal, this, pages, options);
   } else {
     PrintWithPreview(model_, *this, modal, this, pages, options);
   }
-  run_.CancelRequest = kNo;
+  run_.CancelRequest = false;
 }
 
 void MainWindow::ViewAll() {
@@ -721,7 +721,7 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
   }
   const int k = grid_->CursorPosition();
   const QString text = event->text();
-  if (event->key() == Qt::Key_Space && run_.StepMode != 0) {
+  if (event->key() == Qt::Key_Space && run_.StepMode) {
     Continue();
     return;
   }

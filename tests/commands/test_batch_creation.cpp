@@ -59,11 +59,11 @@ TEST_F(Batch, CancelInTheThirdOfFiveKeepsTwo) {
   settings.count = 5;
   int seen = 0;  // inside the third puzzle's creation
   port.onProcessEvents = [&] {
-    if (port.ProgressLine() == "New 3 of 5" && ++seen == 2) run.CancelRequest = kYes;
+    if (port.ProgressLine() == "New 3 of 5" && ++seen == 2) run.CancelRequest = true;
   };
   EXPECT_EQ(Run().message, " 2 Puzzles added to file: " + file);
   EXPECT_EQ(CountPuzzles(file), 2);
-  EXPECT_EQ(run.CancelRequest, kNo);
+  EXPECT_FALSE(run.CancelRequest);
 }
 
 // Puzzle i comes from its own stream, so the file is the same with any number of
@@ -85,7 +85,7 @@ TEST_F(Batch, WorkersWriteTheSameFileAndStopCleanly) {
 
   settings.count = 40;
   settings.outputFile = file;
-  port.onProcessEvents = [&] { run.CancelRequest = CountPuzzles(file) >= 3 ? kYes : kNo; };
+  port.onProcessEvents = [&] { run.CancelRequest = CountPuzzles(file) >= 3; };
   const int added = Run().added;
   EXPECT_TRUE(added >= 3 && added < 40) << added;
   EXPECT_EQ(CountPuzzles(file), added);

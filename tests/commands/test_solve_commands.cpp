@@ -2,30 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include "commands/headless_port.h"
-#include "commands/record_commands.h"
 #include "core/rule_checks.h"
 #include "solver/candidates.h"
-#include "support/test_files.h"
-#include "support/test_grids.h"
+#include "support/sample_solve.h"
 
 namespace qm {
 namespace {
 
 using test::Grid;
 
-class AutoSolveCommand : public ::testing::Test {
- protected:
-  void LoadSample() {
-    const std::string path = dir.File("sample.fut");
-    test::WriteBytes(path, test::CrLf(test::SampleRecord()));
-    ASSERT_FALSE(ReadPuzzle(model, port, path, 1).notFound);
-  }
-  test::TempDir dir;
-  PuzzleModel model;
-  HeadlessPort port;
-  RunControl run{model, port};
-};
+class AutoSolveCommand : public test::SampleSolve {};
 
 TEST_F(AutoSolveCommand, AutoSolveKeepsASolutionAndReportsDone) {
   LoadSample();
@@ -61,7 +47,7 @@ TEST_F(AutoSolveCommand, AutoSolvePutsBackTheTextsWhenItFails) {
 
   model = Grid({"1.2.3", ".....", "2.3.1", ".....", "3.1.2"});
   model.PosText[0] = "";
-  run.CancelRequest = kYes;
+  run.CancelRequest = true;
   EXPECT_EQ(AutoSolve(model, run).outcome, "This is not a valid puzzle");  // a cancel reads as invalid
 }
 
@@ -70,7 +56,7 @@ TEST_F(AutoSolveCommand, PacedSolveWaitsExplainsAndEndsStepMode) {
   model.PacingInterval = 10;
   int waits = 0;
   port.onProcessEvents = [&] {
-    if (++waits == 3) run.StepGo = -1;  // the first go-on comes after a while
+    if (++waits == 3) run.StepGo = true;  // the first go-on comes after a while
   };
   std::vector<int> targets;
   port.onStep = [&](const SolveStep& step) { targets.push_back(step.target); };
@@ -79,7 +65,7 @@ TEST_F(AutoSolveCommand, PacedSolveWaitsExplainsAndEndsStepMode) {
   EXPECT_EQ(model.PacingInterval, 4000);
   EXPECT_EQ(port.statusLines.front(),
             "Press SpaceBar to continue, Pause Interval: |<Max, >|Min, <larger, >smaller, ><4 secs");
-  EXPECT_EQ(run.StepMode, 0);
+  EXPECT_FALSE(run.StepMode);
   EXPECT_TRUE(port.timerEnabled);
   ASSERT_FALSE(port.steps.empty());
   EXPECT_EQ(port.steps.front().line, "Remove single values 3 from row 1");

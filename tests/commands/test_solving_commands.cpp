@@ -112,22 +112,22 @@ TEST(Cancel, EndsAPacedSolveOrRequestsAStop) {
   m.GivenValue[0] = 1;
   HeadlessPort port;
   RunControl run(m, port);
-  run.StepMode = -1;
-  run.StepGo = -1;
+  run.StepMode = true;
+  run.StepGo = true;
   CancelCommand(m, run);
-  EXPECT_EQ(run.StepMode, 0);
-  EXPECT_EQ(run.StepGo, 0);
+  EXPECT_FALSE(run.StepMode);
+  EXPECT_FALSE(run.StepGo);
   EXPECT_EQ(m.PosText[0], "1");
   EXPECT_EQ(m.PosText[2], "");  // not a clue
   EXPECT_EQ(port.statusLines.back(), "Interactive solve Cancelled");
-  EXPECT_EQ(run.CancelRequest, kNo);
+  EXPECT_FALSE(run.CancelRequest);
 
   CancelCommand(m, run);
-  EXPECT_EQ(run.CancelRequest, kYes);
-  run.CancelRequest = kNo;
+  EXPECT_TRUE(run.CancelRequest);
+  run.CancelRequest = false;
   port.SetProgressLine("Canceling...");
   CancelCommand(m, run);
-  EXPECT_EQ(run.CancelRequest, kNo);
+  EXPECT_FALSE(run.CancelRequest);
   EXPECT_EQ(port.ProgressLine(), "");
 }
 
@@ -149,7 +149,7 @@ TEST(GridCommands, NewGridClearsAndStatusText) {
 
   EXPECT_EQ(MouseStatusText(m, run, 0), "Row=1, Col=1, Candidates= 1");
   EXPECT_EQ(MouseStatusText(m, run, 2), "");
-  run.StepMode = -1;
+  run.StepMode = true;
   EXPECT_EQ(MouseStatusText(m, run, 0), "");
 
   NewGrid(m, port, 6);

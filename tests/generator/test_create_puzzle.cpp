@@ -93,7 +93,7 @@ class CreatePuzzleTest : public ::testing::Test {
 
 TEST_F(CreatePuzzleTest, EveryClueRuleGivesASoundPuzzleOfItsLevel) {
   SeedRandom(model, 2026);
-  run.CancelRequest = kYes;  // a stale request is cleared first
+  run.CancelRequest = true;  // a stale request is cleared first
   // N, ClueSpec, level; the recorded clue count's range; the clue cells (-1: as recorded).
   for (const std::array<int, 6>& c : std::vector<std::array<int, 6>>{
            {3, 99, 4, 0, 0, -1}, {4, 99, 1, 0, 0, -1}, {5, 99, 2, 2, 2, -1}, {6, 99, 4, 12, 12, -1},
@@ -136,7 +136,7 @@ TEST_F(CreatePuzzleTest, CancelDuringReductionBlanksTheDisplayAndAHundredFailure
   SeedRandom(model, 11);  // a stream in which signs alone never finish a 9x9
   model.SolverBusy = true;
   int calls = 0;  // the grid is redrawn once the clues are settled; reduction follows
-  port.onProcessEvents = [&] { run.CancelRequest = port.gridRedraws > 0 && ++calls >= 5 ? kYes : kNo; };
+  port.onProcessEvents = [&] { run.CancelRequest = port.gridRedraws > 0 && ++calls >= 5; };
   EXPECT_EQ(Create(6, 99, 3), -1);
   EXPECT_FALSE(model.SolverBusy);
   std::set<int> blanked;

@@ -2,32 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include "commands/headless_port.h"
-#include "commands/record_commands.h"
-#include "commands/run_control.h"
 #include "core/collection_file.h"
 #include "core/rule_checks.h"
 #include "solver/candidates.h"
-#include "support/test_files.h"
-#include "support/test_grids.h"
+#include "support/sample_solve.h"
 
 namespace qm {
 namespace {
 
 using test::Grid;
 
-class Driver : public ::testing::Test {
- protected:
-  void LoadSample() {
-    const std::string path = dir.File("sample.fut");
-    test::WriteBytes(path, test::CrLf(test::SampleRecord()));
-    ASSERT_FALSE(ReadPuzzle(model, port, path, 1).notFound);
-  }
-  test::TempDir dir;
-  PuzzleModel model;
-  HeadlessPort port;
-  RunControl run{model, port};
-};
+class Driver : public test::SampleSolve {};
 
 TEST_F(Driver, SolvedStalledAndBrokenGrids) {
   model = Grid({"1.2.3", ".....", "2.3.1", ".....", "3.1.2"});
@@ -49,26 +34,26 @@ TEST_F(Driver, SolvedStalledAndBrokenGrids) {
   outcome = SolveByLogic(model, run);
   EXPECT_EQ(outcome.status, -1);
   EXPECT_EQ(outcome.message.rfind("ERROR:", 0), 0u) << outcome.message;
-  EXPECT_EQ(run.StepMode, 0);
+  EXPECT_FALSE(run.StepMode);
 }
 
 TEST_F(Driver, CancelRequestReturnsAtOnceAndTouchesNothing) {
   LoadSample();
   PrepareCandidates(model);
   const std::string before = SaveCandidates(model);
-  run.CancelRequest = kYes;
+  run.CancelRequest = true;
   const SolveOutcome outcome = SolveByLogic(model, run);
   EXPECT_EQ(outcome.status, -1);
   EXPECT_EQ(outcome.message, "Canceled");
   EXPECT_EQ(SaveCandidates(model), before);
   EXPECT_EQ(port.processEventsCalls, 0);
-  EXPECT_EQ(run.CancelRequest, kYes);  // the solver never clears it
+  EXPECT_TRUE(run.CancelRequest);  // the solver never clears it
 }
 
 TEST_F(Driver, CancelDuringASweepStopsAtTheNextOne) {
   LoadSample();
   PrepareCandidates(model);
-  port.onProcessEvents = [&] { run.CancelRequest = kYes; };
+  port.onProcessEvents = [&] { run.CancelRequest = true; };
   const SolveOutcome outcome = SolveByLogic(model, run);
   EXPECT_EQ(outcome.message, "Canceled");
   EXPECT_EQ(outcome.sweeps, 1);  // the sweep in progress finished
@@ -78,7 +63,7 @@ TEST_F(Driver, QuietAndExplainedSolvesReachTheSameGrid) {
   for (bool explained : {false, true}) {
     LoadSample();
     PrepareCandidates(model);
-    run.StepMode = explained ? -1 : 0;
+    run.StepMode = explained;
     const SolveOutcome outcome = SolveByLogic(model, run);
     EXPECT_EQ(outcome.status, 99);
     EXPECT_EQ(SaveCandidates(model), "1,2,3,4,3,4,1,2,4,1,2,3,2,3,4,1,");

@@ -5,7 +5,7 @@
 # Usage: paced_solve_process.sh PROGRAM_DIR
 set -u
 program_dir="$1"
-for tool in Xvfb xdotool; do
+for tool in Xvfb xdotool xwd; do
     command -v "$tool" >/dev/null || { echo "SKIP: $tool is not installed"; exit 77; }
 done
 
@@ -26,7 +26,7 @@ export DISPLAY="$display"
 for _ in $(seq 50); do xdotool getmouselocation >/dev/null 2>&1 && break; sleep 0.1; done
 
 cd "$work" || exit 1
-ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0" ./quillmere >"$work/log" 2>&1 &
+QT_QPA_PLATFORM=xcb ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0" ./quillmere >"$work/log" 2>&1 &
 app=$!
 window=""
 for _ in $(seq 100); do
@@ -35,15 +35,31 @@ for _ in $(seq 100); do
     sleep 0.1
 done
 [ -n "$window" ] || { echo "FAIL: no window"; cat "$work/log"; exit 1; }
-sleep 1
 xdotool windowfocus --sync "$window"
 
 ticks() { awk '{print $14 + $15}' "/proc/$app/stat"; }
-# Solve -> Auto (with pause): it now waits for the first Space press.
+# Waits until the program has been idle for half a second (start-up and redraws done).
+settle() {
+    local last now
+    last="$(ticks)"
+    for _ in $(seq 40); do
+        sleep 0.5
+        now="$(ticks)"
+        [ "$now" = "$last" ] && return 0
+        last="$now"
+    done
+}
+screen() { xwd -root -silent | md5sum; }
+
+settle
+shown="$(screen)"
+# Solve -> Auto (with pause): it now waits for the first Space press, its prompt in the
+# status line.
 xdotool key alt+s
-sleep 0.3
+sleep 0.5
 xdotool key Down Return
-sleep 1
+settle
+[ "$(screen)" != "$shown" ] || { echo "FAIL: the paced solve did not start"; exit 1; }
 before="$(ticks)"
 sleep 2
 after="$(ticks)"

@@ -122,7 +122,7 @@ class MainWindowTest : public QObject {
     Trigger("mnuautosolpause");
     QCOMPARE(messages_.last(), QString("Done"));
     QVERIFY(steps > 5);
-    QCOMPARE(window_->Run().StepMode, std::int16_t{0});
+    QVERIFY(!window_->Run().StepMode);
   }
 
   void cancelEndsAPacedSolve() {
@@ -136,7 +136,7 @@ class MainWindowTest : public QObject {
     clock.start();
     Trigger("mnuautosolpause");
     QVERIFY(clock.elapsed() < 5000);  // did not wait for the 20 s pace
-    QCOMPARE(window_->Run().StepMode, std::int16_t{0});
+    QVERIFY(!window_->Run().StepMode);
   }
 
   // Waiting for the first Space press sleeps on events: a second of waiting costs
@@ -273,11 +273,11 @@ class MainWindowTest : public QObject {
     QCOMPARE(messages_.size(), before);
 
     // The pace buttons change the pace, not the puzzle, while a paced solve runs.
-    window_->Run().StepMode = -1;
+    window_->Run().StepMode = true;
     QTest::mouseClick(window_->findChild<QToolButton*>("arrows3"), Qt::LeftButton);
     QCOMPARE(model.PacingInterval, 20000);
     QCOMPARE(model.CurrentPuzzle, 2);
-    window_->Run().StepMode = 0;
+    window_->Run().StepMode = false;
   }
 
   void clearCommandsAskFirst() {

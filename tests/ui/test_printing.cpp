@@ -197,7 +197,7 @@ class PrintingTest : public QObject {
     window_->findChild<QAction*>("mnuprintfile")->trigger();
     QCOMPARE(setups_, 0);
     QVERIFY(!std::filesystem::exists(pdf_.toStdString()));
-    QCOMPARE(window_->Run().CancelRequest, qm::kNo);
+    QVERIFY(!window_->Run().CancelRequest);
   }
 
   void theAnswersCanBeLeftOut() {
