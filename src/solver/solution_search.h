@@ -27,10 +27,22 @@ struct SolutionCount {
   std::vector<std::string> first;  // every position's text in the first solution, or empty
 };
 
+// How the search spends its effort. Most grids are settled within a few dozen nodes by
+// cheap reasoning; past `strongAfterNodes` every node reasons about whole lines and
+// digits, and until a first solution turns up the search starts over now and then
+// (after `restartNodes` nodes times 1, 1, 2, 1, 1, 2, 4, ...), keeping what it learnt.
+// The defaults are tuned on the benchmark; tests change them to reach the later stages
+// on small grids.
+struct SearchTuning {
+  long long strongAfterNodes = 64;
+  long long restartNodes = 50;
+};
+
 // Counts the grids that complete the shown puzzle. A cell showing one digit is fixed,
 // a candidate list restricts its cell, and the signs in the sign slots must hold.
 // Deterministic: the same grid gives the same count, first solution and node count.
-SolutionCount CountSolutions(const PuzzleModel& model, const SearchOptions& options);
+SolutionCount CountSolutions(const PuzzleModel& model, const SearchOptions& options,
+                             const SearchTuning& tuning = SearchTuning{});
 inline SolutionCount CountSolutions(const PuzzleModel& model, int limit) {
   SearchOptions options;
   options.limit = limit;

@@ -121,8 +121,42 @@ TEST(ExactSearch, AgreesWithThePlainSearchOnRandomGridsOfEverySize) {
   RecordProperty("beyond_reference", beyondReference);
 }
 
+// The same comparison with the full reasoning from the first node and a restart every
+// few nodes, so that small grids go through every stage: ordered lines, digit places,
+// restarts and what they learn.
+TEST(ExactSearch, AgreesWithThePlainSearchWhenEveryStageStartsAtOnce) {
+  std::mt19937 random(20261123);
+  SearchTuning eager;
+  eager.strongAfterNodes = 0;
+  eager.restartNodes = 2;
+  int compared = 0;
+  int restarted = 0;
+  for (int trial = 0; trial < 2500; ++trial) {
+    const int n = 3 + trial % 7;
+    const Kind kind = static_cast<Kind>(random() % 5);
+    const PuzzleModel m = RandomGrid(random, n, kind);
+    SearchOptions options;
+    options.limit = 1 + static_cast<int>(random() % 3);
+    const SolutionCount reference = ReferenceCountSolutions(m, options.limit, 1500);
+    const SolutionCount fast = CountSolutions(m, options, eager);
+    if (fast.count > 0) {
+      ASSERT_TRUE(Completes(m, fast.first)) << "trial " << trial;
+    }
+    if (fast.nodes > eager.restartNodes) ++restarted;
+    if (reference.nodes > 1500) continue;
+    ++compared;
+    ASSERT_EQ(fast.count, reference.count) << "trial " << trial << " size " << n;
+    ASSERT_EQ(fast.complete, reference.complete) << "trial " << trial;
+  }
+  RecordProperty("compared", compared);
+  RecordProperty("restarted", restarted);
+  EXPECT_GE(compared, 2300);
+  EXPECT_GE(restarted, 400);
+}
+
 // Clue-less 9x9 sign patterns that once took the plain search from seconds to minutes:
-// the slowest inputs found by the benchmark's sweep, kept so they stay fast.
+// the slowest inputs found by the benchmark's sweeps, kept so they stay fast. Where the
+// plain search settles one within a small budget, the two must agree.
 TEST(ExactSearch, HardSignPatternsFinishWithFewNodes) {
   struct Case {
     std::vector<std::string> rows;
@@ -135,7 +169,12 @@ TEST(ExactSearch, HardSignPatternsFinishWithFewNodes) {
     const PuzzleModel m = test::Grid(c.rows);
     const SolutionCount result = CountSolutions(m, 2);
     EXPECT_EQ(result.count, c.solutions) << c.rows[0];
-    EXPECT_LT(result.nodes, 20000) << c.rows[0];
+    EXPECT_LT(result.nodes, 5000) << c.rows[0];
+    constexpr long kReferenceBudget = 10000;
+    const SolutionCount reference = ReferenceCountSolutions(m, 2, kReferenceBudget);
+    if (reference.nodes <= kReferenceBudget) {
+      EXPECT_EQ(result.count, reference.count) << c.rows[0];
+    }
   }
 }
 
