@@ -4,26 +4,23 @@
 #include <string_view>
 
 #include "core/file_replace.h"
+#include "core/record_scanner.h"
 
 namespace qm {
 
 namespace {
 
-// A shard's records as spans of its bytes: each from its "#" line to the next one.
-// Shards are written by this program, so every line ends in CR LF.
+// A shard's records as spans of its bytes: each from its record line to the next one,
+// the bytes copied as they are.
 std::vector<std::string_view> Records(std::string_view bytes) {
   std::vector<std::string_view> records;
-  std::size_t start = std::string_view::npos;
-  for (std::size_t at = 0; at < bytes.size();) {
-    std::size_t end = bytes.find('\n', at);
-    end = end == std::string_view::npos ? bytes.size() : end + 1;
-    if (bytes[at] == '#') {
-      if (start != std::string_view::npos) records.push_back(bytes.substr(start, at - start));
-      start = at;
-    }
-    at = end;
+  ByteLines lines(bytes);
+  RecordScanner scanner(lines);
+  while (scanner.NextRecord()) {
+    const std::size_t begin = scanner.RecordBegin();
+    scanner.ReadBody([](std::string_view) {});
+    records.push_back(bytes.substr(begin, scanner.End() - begin));
   }
-  if (start != std::string_view::npos) records.push_back(bytes.substr(start));
   return records;
 }
 
