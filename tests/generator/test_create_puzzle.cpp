@@ -51,14 +51,14 @@ TEST(ClueRules, EveryChoiceBecomesItsCode) {
 
   CreationOptions options;
   options.size = "4";
-  for (const auto& [choice, field, spec] : std::vector<std::tuple<int, std::string, int>>{
+  for (const auto& [choice, field, code] : std::vector<std::tuple<int, std::string, int>>{
            {kChoiceNoClues, "", 0}, {kChoiceFixedClue, "2", 102}, {kChoiceExactly, "2", 2},
            {kChoiceUpto, "2", -2}, {kChoiceByLevel, "", 99}, {kChoiceRandom, "", -1}}) {
     options.clueChoice = choice;
     options.fixedDigit = options.exactCount = options.uptoCount = field;
     const CreationValidation checked = ValidateCreationOptions(options);
     ASSERT_TRUE(checked.Accepted()) << choice << ": " << checked.message;
-    EXPECT_EQ(checked.settings.clueSpec, spec) << choice;
+    EXPECT_EQ(checked.settings.clueSpec, code) << choice;
   }
 }
 
