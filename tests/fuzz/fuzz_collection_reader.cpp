@@ -8,9 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "commands/sort_commands.h"
+#include "collections/sort_file.h"
 #include "core/collection_file.h"
-#include "commands/headless_port.h"
 #include "core/rule_checks.h"
 #include "core/text_file.h"
 #include "reasoning/ladder.h"
@@ -32,9 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const int count = qm::CountPuzzles(input);
   qm::PuzzleModel model;
-  qm::HeadlessPort port;
   for (const int n : {1, 2, count, count + 1}) {
-    if (qm::ReadPuzzle(model, port, input, n).notFound) continue;
+    if (qm::LoadPuzzle(model, input, n).notFound) continue;
     qm::CheckExtremes(model);
     qm::CheckGrid(model);
     // The ladder's grid and its first step from whatever the record held.
@@ -44,6 +42,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   const int by = size > 0 ? data[0] % 4 : 0;
   const int order = size > 1 ? data[1] % 3 : 0;
-  qm::SortPuzzleFile(model, port, {input, sorted, by, order, size > 2 && data[2] % 2 == 0, "7", {}});
+  qm::SortCollection(model, qm::QuietRun(), {input, sorted, by, order, size > 2 && data[2] % 2 == 0, "7", {}});
   return 0;
 }
