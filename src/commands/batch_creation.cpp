@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "commands/record_commands.h"
+#include "commands/save_commands.h"
 #include "core/collection_file.h"
 #include "core/rule_checks.h"
 #include "core/text_rules.h"
@@ -241,7 +242,7 @@ int CreateSinglePuzzle(PuzzleModel& model, RunControl& run, Generator& generator
 }
 
 FileChoice OutputFileChoice(const std::string& appDir) {
-  return {"Select an output Puzzle file", "*.fut;*.txt;*.dat", "Quillmere Files", appDir, ChooserMode::Save};
+  return {"Select an output Puzzle file", kCollectionPatterns, kCollectionDescription, appDir, ChooserMode::Save};
 }
 
 std::string AutoTitle(int level, std::string_view stamp) {

@@ -28,12 +28,6 @@ bool Exists(const std::string& path) {
   return fs::exists(fs::symlink_status(path, ec));
 }
 
-std::string ChooseCollectionFile(const PuzzleModel& model, WindowPort& port, const std::string& title,
-                                 const std::string& patterns, ChooserMode mode) {
-  return ChooseFileKeepingDirectory(
-      port, FileChoice{title, patterns, kCollectionDescription, ApplicationDirectoryOf(model), mode});
-}
-
 // Reads puzzle n of CurrentFile; when it is not there, says so and reads the puzzle
 // that was current before.
 CommandResult ReadOrReturn(PuzzleModel& model, WindowPort& port, int n) {

@@ -10,6 +10,12 @@
 
 namespace qm {
 
+std::string ChooseCollectionFile(const PuzzleModel& model, WindowPort& port, const std::string& title,
+                                 const std::string& patterns, ChooserMode mode) {
+  return ChooseFileKeepingDirectory(
+      port, FileChoice{title, patterns, kCollectionDescription, ApplicationDirectoryOf(model), mode});
+}
+
 std::string ChooseFileKeepingDirectory(WindowPort& port, const FileChoice& choice) {
   std::error_code ec;
   const std::filesystem::path before = std::filesystem::current_path(ec);

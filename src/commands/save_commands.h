@@ -20,6 +20,11 @@ inline constexpr const char* kCollectionDescription = "Quillmere Files";
 // the chooser did to it. The empty string when the user cancelled.
 std::string ChooseFileKeepingDirectory(WindowPort& port, const FileChoice& choice);
 
+// A chooser of collection files (described as such) starting in the application
+// directory.
+std::string ChooseCollectionFile(const PuzzleModel& model, WindowPort& port, const std::string& title,
+                                 const std::string& patterns, ChooserMode mode);
+
 // The chooser every save command opens: titled "Quillmere", save mode, starting in the
 // application directory.
 std::string ChooseSaveFile(const PuzzleModel& model, WindowPort& port, const std::string& patterns,

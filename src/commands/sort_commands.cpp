@@ -14,21 +14,12 @@ SortOutcome SortPuzzleFile(PuzzleModel& model, WindowPort& port, const SortReque
   return outcome;
 }
 
-namespace {
-
-std::string ChooseCollection(const PuzzleModel& model, WindowPort& port, const char* title, ChooserMode mode) {
-  return ChooseFileKeepingDirectory(
-      port, FileChoice{title, kCollectionPatterns, kCollectionDescription, ApplicationDirectoryOf(model), mode});
-}
-
-}  // namespace
-
 std::string ChooseSortInput(const PuzzleModel& model, WindowPort& port) {
-  return ChooseCollection(model, port, "Select sort input file", ChooserMode::Open);
+  return ChooseCollectionFile(model, port, "Select sort input file", kCollectionPatterns, ChooserMode::Open);
 }
 
 std::string ChooseSortOutput(const PuzzleModel& model, WindowPort& port) {
-  return ChooseCollection(model, port, "Select sort output file", ChooserMode::Save);
+  return ChooseCollectionFile(model, port, "Select sort output file", kCollectionPatterns, ChooserMode::Save);
 }
 
 }  // namespace qm
