@@ -1,6 +1,11 @@
 #include "cli/cli_support.h"
 
 #include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
 #include <limits>
 
 #include <algorithm>
@@ -8,6 +13,7 @@
 
 #include "commands/record_commands.h"
 #include "core/collection_file.h"
+#include "core/text_file.h"
 #include "core/text_rules.h"
 
 namespace qm::cli {
@@ -159,6 +165,46 @@ std::vector<std::string> DrawPuzzle(const PuzzleModel& model) {
     lines.push_back(line);
   }
   return lines;
+}
+
+std::string UnreadableCollection(const std::string& file, bool missingIsEmpty) {
+  std::error_code ec;
+  const auto status = std::filesystem::status(file, ec);
+  const std::string cannot = "Cannot read collection file: " + file;
+  if (!std::filesystem::exists(status)) return missingIsEmpty ? "" : cannot + " (it does not exist)";
+  if (std::filesystem::is_directory(status)) return cannot + " (it is a folder)";
+  if (!std::filesystem::is_regular_file(status)) return cannot + " (it is not a regular file)";
+  if (!LineReader(file).IsOpen()) return cannot;
+  return {};
+}
+
+CLI::Validator SeedCheck() {
+  return CLI::Validator(
+      [](std::string& text) -> std::string {
+        std::uint64_t value = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+        if (text.empty() || error != std::errc{} || end != text.data() + text.size()) {
+          return "a seed must be a whole number 0.." + std::to_string(std::numeric_limits<std::uint64_t>::max()) +
+                 ", got " + text;
+        }
+        return {};
+      },
+      "SEED");
+}
+
+CLI::Validator FiniteRange(double low, double high) {
+  return CLI::Validator(
+      [low, high](std::string& text) -> std::string {
+        char* end = nullptr;
+        const double value = std::strtod(text.c_str(), &end);
+        if (text.empty() || *end != 0 || !std::isfinite(value) || value < low || value > high) {
+          std::ostringstream range;
+          range << low << ".." << high;
+          return "must be a number " + range.str() + ", got " + text;
+        }
+        return {};
+      },
+      "NUMBER");
 }
 
 Range ParseRange(const std::string& text) {

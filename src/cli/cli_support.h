@@ -97,6 +97,16 @@ Json IntsJson(const PuzzleModel& model, const PerPosition<int>& values);
 std::vector<std::string> DrawPuzzle(const PuzzleModel& model);
 std::vector<std::string> DrawGrid(const PuzzleModel& model, const PerPosition<std::string>& texts);
 
+// Why a collection file cannot be read ("Cannot read collection file: FILE (it is a
+// folder)"); empty when it can, and for a missing file when `missingIsEmpty`.
+std::string UnreadableCollection(const std::string& file, bool missingIsEmpty);
+
+// A seed: a whole number 0..18446744073709551615. A larger one is refused rather than
+// clamped: two different seeds must never make the same run.
+CLI::Validator SeedCheck();
+// A number that must be finite (not nan or inf) and within [low, high].
+CLI::Validator FiniteRange(double low, double high);
+
 // A --range of puzzles: "A-B" or one number, 1 <= A <= B; throws UsageError otherwise.
 struct Range {
   int first = 1;

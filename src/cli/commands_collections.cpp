@@ -92,7 +92,7 @@ void AddSort(CLI::App& app, CommandList& commands, bool& json) {
       ->transform(CLI::CheckedTransformer(orders));
   command->add_option("--resequence", args->start, "Renumber the records from START")->type_name("START");
   command->add_option("--seed", args->seed, "Seed of the random order, for a reproducible run")
-      ->check(CLI::NonNegativeNumber);
+      ->check(SeedCheck());
 }
 
 void AddAppend(CLI::App& app, CommandList& commands, bool& json) {

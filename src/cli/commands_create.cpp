@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
+#include <limits>
 #include <memory>
 #include <optional>
 
@@ -51,6 +52,13 @@ std::string Lower(std::string_view text) {
 bool WholeNumber(std::string_view text, int& value) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   return error == std::errc() && end == text.data() + text.size() && !text.empty();
+}
+
+// "I/N" with 1 <= I <= N, both whole numbers that fit an int.
+bool ParseShard(std::string_view text, int& index, int& count) {
+  const auto slash = text.find('/');
+  return slash != std::string_view::npos && WholeNumber(text.substr(0, slash), index) &&
+         WholeNumber(text.substr(slash + 1), count) && index >= 1 && index <= count;
 }
 
 // Fills the clue choice and its field from RULE; returns what is wrong with it, if anything.
@@ -166,9 +174,15 @@ int RunCreate(Output& output, const CreateArgs& args) {
   batch.jobs = args.jobs;
   if (!args.shard.empty()) {
     if (args.display) throw UsageError{"--shard makes part of a batch for a file: it cannot go with --display"};
-    const auto slash = args.shard.find('/');
-    batch.shardIndex = std::stoi(args.shard.substr(0, slash));
-    batch.shardCount = std::stoi(args.shard.substr(slash + 1));
+    ParseShard(args.shard, batch.shardIndex, batch.shardCount);
+  }
+  // Every record number must fit: a sharded run numbers its puzzles 1..count as one
+  // run would, an unsharded one goes on from the file's count.
+  const long long lastNumber =
+      args.shard.empty() && !args.display ? static_cast<long long>(CountPuzzles(args.out)) + args.count : args.count;
+  if (lastNumber > std::numeric_limits<int>::max()) {
+    throw UsageError{"--count: record numbers up to " + std::to_string(lastNumber) + " would not fit (largest " +
+                     std::to_string(std::numeric_limits<int>::max()) + ")"};
   }
   const bool graded = args.minGrade > 0 || args.maxGrade < reasoning::kTopRung;
   auto refusals = std::make_shared<std::atomic<long>>(0);
@@ -194,7 +208,13 @@ int RunCreate(Output& output, const CreateArgs& args) {
                       {"file", args.out},
                       {"message", result.message},
                       {"puzzles", PuzzleListJson(result)}};
-  if (result.writeFailed) return Fail(output, port.messages.front(), known);
+  if (result.writeFailed) {
+    // The puzzles appended before the failure stay in the file: say how many.
+    Json failed = known;
+    failed["note"] = std::to_string(result.added) + (result.added == 1 ? " puzzle" : " puzzles") +
+                     " made before the failure " + (result.added == 1 ? "was" : "were") + " kept in " + args.out;
+    return Fail(output, port.messages.front(), failed);
+  }
   if (*outside > 0) {
     return Fail(output, "The grade range was not met: " + std::to_string(outside->load()) +
                             " puzzles lie outside it (no puzzle within it came in " +
@@ -232,7 +252,7 @@ void RegisterCreateCommands(CLI::App& app, CommandList& commands, bool& json) {
       ->check(CheckCommentText);
   create->add_option("--out", args->out, "Collection file to append to (required without --display)");
   create->add_option("--seed", args->seed, "Seed of the random generator: the same request writes the same puzzles")
-      ->check(CLI::NonNegativeNumber);
+      ->check(SeedCheck());
   create->add_option("--min-grade", args->minGrade, "Keep only puzzles graded at least this (1..8 or a grade name)")
       ->transform(CLI::Validator(GradeLevelOption, "LEVEL"));
   create->add_option("--max-grade", args->maxGrade, "Keep only puzzles graded at most this (1..8 or a grade name)")
@@ -244,12 +264,7 @@ void RegisterCreateCommands(CLI::App& app, CommandList& commands, bool& json) {
           [](std::string& value) -> std::string {
             int index = 0;
             int count = 0;
-            char extra = 0;
-            if (std::sscanf(value.c_str(), "%d/%d%c", &index, &count, &extra) != 2 || count < 1 || index < 1 ||
-                index > count) {
-              return "--shard must be I/N with 1 <= I <= N";
-            }
-            return "";
+            return ParseShard(value, index, count) ? "" : "must be I/N with 1 <= I <= N, got " + value;
           },
           "I/N"));
   create->add_option("--jobs", args->jobs, "Worker threads (default 1); the file is the same for any number")

@@ -16,11 +16,20 @@ void PrintIndented(std::ostream& out, const std::vector<std::string>& lines) {
 }
 
 int RunCount(Output& output, const std::string& file) {
+  // A missing file holds no puzzles; a folder, FIFO or device is no collection at all.
+  if (const std::string why = UnreadableCollection(file, true); !why.empty()) return Fail(output, why, {{"file", file}});
   const int count = CountPuzzles(file);
+  // Records numbered #0 or below are not counted but are read, shown and graded:
+  // "records" says how many there are in all.
+  const int records = CountRecords(file);
   if (output.json) {
-    PrintJson(output, Json{{"file", file}, {"count", count}});
+    PrintJson(output, Json{{"file", file}, {"count", count}, {"records", records}});
   } else {
     output.out << count << (count == 1 ? " puzzle in " : " puzzles in ") << file << '\n';
+    if (records != count) {
+      output.out << records << " records in all: " << records - count
+                 << (records - count == 1 ? " is" : " are") << " numbered 0 or below (or not numbered) and not counted\n";
+    }
   }
   return kExitOk;
 }
@@ -31,7 +40,7 @@ int RunShow(Output& output, const PuzzleArgs& args, PuzzleModel& model, Headless
     PrintJson(output, ShownPuzzleJson(model, args.ordinal, title));
   } else {
     PrintShownPuzzle(output.out, model,
-                     "Puzzle " + std::to_string(args.ordinal) + " of " + std::to_string(model.PuzzleCount) + " in " + args.file,
+                     "Puzzle " + std::to_string(args.ordinal) + " of " + std::to_string(CountRecords(args.file)) + " in " + args.file,
                      title);
   }
   return kExitOk;

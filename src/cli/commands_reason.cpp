@@ -77,53 +77,116 @@ struct Graded {
   reasoning::Explanation result;
 };
 
-int RunGrade(Output& output, const std::string& file, const std::string& rangeText) {
-  Range range = ParseRange(rangeText);
-  if (rangeText.empty()) range.last = CountPuzzles(file);
-  std::vector<Graded> graded(static_cast<std::size_t>(std::max(0, range.last - range.first + 1)));
+// Puzzles read ahead and graded together, one per core; the file is read once.
+constexpr std::size_t kGradeBatch = 256;
+
+// Grades the loaded puzzles of a batch, every core taking the next in turn.
+void GradeBatch(std::vector<PuzzleModel>& models, std::vector<Graded>& graded, unsigned jobs) {
   std::atomic<std::size_t> next{0};
-  // Every core takes the next puzzle in turn; each worker reads with a model of its own.
   auto work = [&] {
-    PuzzleModel model;
     for (std::size_t i = next++; i < graded.size(); i = next++) {
-      Graded& g = graded[i];
-      g.ordinal = range.first + static_cast<int>(i);
-      g.read = !LoadPuzzle(model, file, g.ordinal).notFound;
-      if (g.read) g.result = reasoning::ExplainModel(model);
+      if (graded[i].read) graded[i].result = reasoning::ExplainModel(models[i]);
     }
   };
-  const unsigned jobs = std::max(1u, std::min(std::thread::hardware_concurrency(), 64u));
   std::vector<std::thread> threads;
   for (unsigned j = 1; j < jobs && j < graded.size(); ++j) threads.emplace_back(work);
   work();
   for (std::thread& t : threads) t.join();
+}
 
-  Json puzzles = Json::array();
-  for (const Graded& g : graded) {
-    if (!g.read) {
-      puzzles.push_back({{"ordinal", g.ordinal}, {"error", Cp1252ToUtf8(ReadErrorMessage(g.ordinal, file))}});
-      continue;
+Json GradedJson(const Graded& g, const std::string& file) {
+  if (!g.read) return {{"ordinal", g.ordinal}, {"error", Cp1252ToUtf8(ReadErrorMessage(g.ordinal, file))}};
+  return {{"ordinal", g.ordinal},
+          {"level", g.result.grade.level},
+          {"name", g.result.grade.name},
+          {"score", g.result.grade.score},
+          {"solved", g.result.solved}};
+}
+
+// Prints the puzzles as they are graded: one JSON object whose "puzzles" list grows
+// entry by entry, or one line each for people.
+class GradePrinter {
+ public:
+  GradePrinter(Output& output, const std::string& file) : output_(output), file_(file) {
+    if (output_.json) {
+      std::string head = Json{{"file", file}}.dump(2, ' ', false, Json::error_handler_t::replace);
+      head.pop_back();  // the closing brace
+      while (!head.empty() && head.back() == '\n') head.pop_back();
+      output_.out << head << ",\n  \"puzzles\": [";
     }
-    puzzles.push_back({{"ordinal", g.ordinal},
-                       {"level", g.result.grade.level},
-                       {"name", g.result.grade.name},
-                       {"score", g.result.grade.score},
-                       {"solved", g.result.solved}});
   }
-  if (output.json) {
-    PrintJson(output, Json{{"file", file}, {"puzzles", puzzles}});
-    return kExitOk;
-  }
-  for (const Graded& g : graded) {
-    output.out << g.ordinal << "  ";
-    if (!g.read) {
-      output.out << "cannot be read\n";
-      continue;
+  void Print(const Graded& g) {
+    if (output_.json) {
+      std::string entry = GradedJson(g, file_).dump(2, ' ', false, Json::error_handler_t::replace);
+      std::string indented;
+      for (char c : entry) {
+        indented += c;
+        if (c == '\n') indented += "    ";
+      }
+      output_.out << (first_ ? "\n    " : ",\n    ") << indented;
+      first_ = false;
+      return;
     }
-    output.out << g.result.grade.name << " (level " << g.result.grade.level << "), score " << g.result.grade.score
-               << ", " << (g.result.solved ? "solved by deduction" : g.result.broken ? "no solution" : "needs search")
-               << '\n';
+    output_.out << g.ordinal << "  ";
+    if (!g.read) {
+      output_.out << "cannot be read\n";
+      return;
+    }
+    output_.out << g.result.grade.name << " (level " << g.result.grade.level << "), score " << g.result.grade.score
+                << ", " << (g.result.solved ? "solved by deduction" : g.result.broken ? "no solution" : "needs search")
+                << '\n';
   }
+  void Finish() {
+    if (output_.json) output_.out << (first_ ? "]\n}\n" : "\n  ]\n}\n");
+  }
+
+ private:
+  Output& output_;
+  const std::string& file_;
+  bool first_ = true;
+};
+
+// Grades the records of the range in one pass over the file. A range that reaches past
+// the last record ends with the first ordinal that is not there, listed as unreadable.
+int RunGrade(Output& output, const std::string& file, const std::string& rangeText, int jobOption) {
+  const unsigned jobs = jobOption > 0 ? static_cast<unsigned>(jobOption)
+                                      : std::max(1u, std::min(std::thread::hardware_concurrency(), 64u));
+  const Range range = ParseRange(rangeText);
+  const bool toTheEnd = rangeText.empty();
+  if (const std::string why = UnreadableCollection(file, false); !why.empty()) return Fail(output, why, {{"file", file}});
+
+  RecordStream stream(file);
+  GradePrinter printer(output, file);
+  std::vector<PuzzleModel> models;
+  std::vector<Graded> graded;
+  models.reserve(kGradeBatch);
+  graded.reserve(kGradeBatch);
+  auto flush = [&] {
+    GradeBatch(models, graded, jobs);
+    for (const Graded& g : graded) printer.Print(g);
+    models.clear();
+    graded.clear();
+  };
+  PuzzleModel skipped;
+  ReadResult result;
+  int reached = 0;
+  while (toTheEnd || reached < range.last) {
+    const bool inRange = stream.Ordinal() + 1 >= range.first;
+    if (inRange && models.size() == kGradeBatch) flush();
+    PuzzleModel& model = inRange ? models.emplace_back() : skipped;
+    if (!stream.Next(model, inRange, result)) {
+      if (inRange) models.pop_back();
+      break;
+    }
+    reached = stream.Ordinal();
+    if (inRange) graded.push_back({reached, !result.notFound, {}});
+  }
+  flush();
+  if (!toTheEnd && reached < range.last) {
+    const Graded missing{std::max(reached + 1, range.first), false, {}};
+    printer.Print(missing);
+  }
+  printer.Finish();
   return kExitOk;
 }
 
@@ -138,10 +201,14 @@ void RegisterReasonCommands(CLI::App& app, CommandList& commands, bool& json) {
 
   auto file = std::make_shared<std::string>();
   auto range = std::make_shared<std::string>();
-  CLI::App* grade = AddCommand(app, commands, "grade", "Grade a range of the collection's puzzles with the ladder",
-                               json, [file, range](Output& output) { return RunGrade(output, *file, *range); });
+  auto jobs = std::make_shared<int>(0);
+  CLI::App* grade =
+      AddCommand(app, commands, "grade", "Grade a range of the collection's puzzles with the ladder", json,
+                 [file, range, jobs](Output& output) { return RunGrade(output, *file, *range, *jobs); });
   grade->add_option("FILE", *file, "Collection file")->required();
   grade->add_option("--range", *range, "Puzzles A-B (or one number); default all");
+  grade->add_option("--jobs", *jobs, "Worker threads (default: one per core); the output is the same for any number")
+      ->check(CLI::Range(1, 64));
 }
 
 }  // namespace qm::cli

@@ -115,7 +115,7 @@ void RegisterSolveCommands(CLI::App& app, CommandList& commands, bool& json) {
   solutions
       ->add_option("--time-limit", options->timeLimitSeconds,
                    "Stop searching after this many seconds; the count is then not complete")
-      ->check(CLI::Range(0.001, 86400.0));
+      ->check(FiniteRange(0.001, 86400.0));
 }
 
 }  // namespace qm::cli

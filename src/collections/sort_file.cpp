@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "core/file_lock.h"
 #include "core/file_replace.h"
 #include "core/record_scanner.h"
 #include "core/text_file.h"
@@ -152,7 +153,10 @@ SortOutcome SortCollection(PuzzleModel& model, RunHooks& run, const SortRequest&
   const std::string unable = "Unable to sort file:" + std::string(kLineBreak) + request.output;
 
   std::string file;
-  if (!ReadWholeFile(request.source, file)) return Report(CommandResult::Failed, unable);
+  {
+    const FileLock lock(request.source);  // no append is half done while it is read
+    if (!lock.Held() || !ReadWholeFile(request.source, file)) return Report(CommandResult::Failed, unable);
+  }
   const std::string_view bytes = file;
 
   // Records: a "#" line, the comment line, the size line and the lines up to the next

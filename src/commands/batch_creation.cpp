@@ -34,7 +34,8 @@ struct BatchPlan {
   int shardIndex = 1;
   int shardCount = 1;
   // The batch's j-th puzzle is puzzle Index(j) of the whole request.
-  int Index(int j) const { return shardIndex + (j - 1) * shardCount; }
+  // Wide: the last shard's index may lie near the top of int.
+  long long Index(int j) const { return shardIndex + static_cast<long long>(j - 1) * shardCount; }
 };
 
 std::string SizeText(int n) { return std::to_string(n) + "x" + std::to_string(n); }
@@ -301,7 +302,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
   std::optional<PuzzleWorkers> workers;
   const int jobs = std::min(options.jobs, count);
   if (jobs > 1 && !displayOnly) workers.emplace(plan, jobs);
-  int number = -1;  // the next record number, counted once before the first append
+  long long number = -1;  // the next record number, counted once before the first append
   for (int i = 1; i <= count; ++i) {
     if (workers) {
       std::optional<FinishedPuzzle> puzzle = workers->Take(i, run);
@@ -336,12 +337,12 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
     }
     if (sharded) number = plan.Index(i);
     if (number < 0) number = CountPuzzles(settings.outputFile) + 1;
-    if (!WritePuzzle(model, port, title, number, settings.outputFile)) {
+    if (!WritePuzzle(model, port, title, static_cast<int>(number), settings.outputFile)) {
       result.writeFailed = true;
       count = i - 1;
       break;
     }
-    created.number = number++;
+    created.number = static_cast<int>(number++);
     result.puzzles.push_back(std::move(created));
     port.SetStatusLine("Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator));
   }

@@ -5,6 +5,7 @@
 
 #include "commands/record_commands.h"
 #include "core/collection_file.h"
+#include "core/file_lock.h"
 #include "core/file_replace.h"
 #include "core/record_scanner.h"
 #include "core/text_file.h"
@@ -73,6 +74,33 @@ bool NumberForAppend(WindowPort& port, const std::string& target, int& number) {
   number = CountPuzzles(target) + 1;
   return true;
 }
+
+// A command's hold on a file from its read to its write. While another command holds
+// it, the status line says what the command waits for (under the busy pointer); after
+// the timeout the command shows why it did nothing.
+class CommandLock {
+ public:
+  CommandLock(WindowPort& port, const std::string& path)
+      : port_(port), path_(path), lock_(path, [this] {
+          port_.SetBusy(true);
+          port_.SetStatusLine("Waiting for another command to finish with " + path_ + " ...");
+        }) {
+    if (lock_.Waited()) {
+      port_.SetStatusLine("");
+      port_.SetBusy(false);
+    }
+  }
+  // False, with the message shown, when the lock stayed taken.
+  bool Held() const {
+    if (!lock_.Held()) port_.ShowMessage(LockTimeoutMessage(path_));
+    return lock_.Held();
+  }
+
+ private:
+  WindowPort& port_;
+  std::string path_;
+  FileLock lock_;
+};
 
 bool SameFile(const std::string& a, const std::string& b) {
   std::error_code ec;
@@ -145,13 +173,21 @@ CommandResult mnuappend(PuzzleModel& model, WindowPort& port) {
   const std::string target = ChooseCollectionFile(model, port, "Add Puzzle to File", "*.fut", ChooserMode::Save);
   if (target.empty()) return CommandResult::Cancelled;
   int number = 0;
-  if (!NumberForAppend(port, target, number)) return CommandResult::Failed;
   const auto solutions = static_cast<long long>(model.SolutionList.size());
-  if (solutions > 0 && port.AskYesNo("Save all" + Str(solutions) + " solutions?")) {
-    if (!WritePuzzleWithSolutions(model, port, model.Comment, number, target)) return CommandResult::Failed;
+  // Asked before the lock is taken: no other command waits on an open question.
+  const bool allSolutions = solutions > 0 && port.AskYesNo("Save all" + Str(solutions) + " solutions?");
+  {
+    // From the count to the last byte: two appends cannot take one number.
+    const CommandLock lock(port, target);
+    if (!lock.Held() || !NumberForAppend(port, target, number)) return CommandResult::Failed;
+    if (allSolutions ? !WritePuzzleWithSolutions(model, port, model.Comment, number, target)
+                     : !WritePuzzle(model, port, model.Comment, number, target)) {
+      return CommandResult::Failed;
+    }
+  }
+  if (allSolutions) {
     port.ShowMessage("Puzzle and its" + Str(solutions) + " solutions appended to file " + target);
   } else {
-    if (!WritePuzzle(model, port, model.Comment, number, target)) return CommandResult::Failed;
     port.ShowMessage("Puzzle#" + Str(number) + " appended to file " + target);
   }
   // Appended to the current file: show the new record; else the current puzzle again.
@@ -163,19 +199,24 @@ CommandResult mnuappend(PuzzleModel& model, WindowPort& port) {
 CommandResult mnudelete(PuzzleModel& model, WindowPort& port, const std::string& puzNumNow) {
   if (!port.AskYesNo("Delete current puzzle from file?")) return CommandResult::Cancelled;
   int n = IntegerValue(puzNumNow);
-  std::string kept;
-  if (!CopyWithoutRecord(model.CurrentFile, n, kept)) {
-    port.ShowMessage(WriteErrorMessage(model.CurrentFile));
-    return CommandResult::Failed;
-  }
-  // The temporary copy is complete before the collection is touched.
-  if (!ReplaceFileWith(kDeleteTempFile, kept)) {
-    port.ShowMessage(WriteErrorMessage(kDeleteTempFile));
-    return CommandResult::Failed;
-  }
-  if (!ReplaceFileWith(model.CurrentFile, kept)) {
-    port.ShowMessage(WriteErrorMessage(model.CurrentFile));
-    return CommandResult::Failed;
+  {
+    // From the read to the rename: an append in between would be lost.
+    const CommandLock lock(port, model.CurrentFile);
+    if (!lock.Held()) return CommandResult::Failed;
+    std::string kept;
+    if (!CopyWithoutRecord(model.CurrentFile, n, kept)) {
+      port.ShowMessage(WriteErrorMessage(model.CurrentFile));
+      return CommandResult::Failed;
+    }
+    // The temporary copy is complete before the collection is touched.
+    if (!ReplaceFileWith(kDeleteTempFile, kept)) {
+      port.ShowMessage(WriteErrorMessage(kDeleteTempFile));
+      return CommandResult::Failed;
+    }
+    if (!ReplaceFileWith(model.CurrentFile, kept)) {
+      port.ShowMessage(WriteErrorMessage(model.CurrentFile));
+      return CommandResult::Failed;
+    }
   }
   if (n == model.PuzzleCount) {
     n = n - 1;
@@ -202,7 +243,9 @@ CommandResult mnusaveassli(PuzzleModel& model, WindowPort& port) {
   const std::string target = ChooseCollectionFile(model, port, "Quillmere", "*.fut", ChooserMode::Save);
   if (target.empty()) return CommandResult::Cancelled;
   int number = 0;
-  if (!NumberForAppend(port, target, number) || !WritePuzzle(model, port, model.Comment, number, target)) {
+  const CommandLock lock(port, target);
+  if (!lock.Held() || !NumberForAppend(port, target, number) ||
+      !WritePuzzle(model, port, model.Comment, number, target)) {
     return CommandResult::Failed;
   }
   port.ShowMessage("Puzzle#" + Str(number) + " saved in file " + target);
@@ -237,6 +280,10 @@ std::string BackupName(const std::string& path) {
 }
 
 CommandResult mnubackup(PuzzleModel& model, WindowPort& port) {
+  // Backups of one file take their names from one series: one at a time, or two would
+  // pick the same free name.
+  const CommandLock lock(port, model.CurrentFile);
+  if (!lock.Held()) return CommandResult::Failed;
   const std::string name = BackupName(model.CurrentFile);
   // A backup never overwrites an older one, not even when all 99 names are taken.
   if (Exists(name) || !CopyFileSafely(model.CurrentFile, name)) {

@@ -1,6 +1,7 @@
 #include "core/collection_file.h"
 
 #include <array>
+#include <deque>
 #include <stdexcept>
 #include <vector>
 
@@ -35,8 +36,10 @@ std::vector<std::string_view> SplitAtBlanks(std::string_view line) {
   }
 }
 
-// Reads the record whose "#" line `file` has just passed. Returns the comment.
-std::string ParseRecord(PuzzleModel& model, LineReader& file) {
+// Reads the record whose "#" line `file` has just passed (a LineReader, or the lines a
+// RecordStream holds after the record line). Returns the comment.
+template <class Lines>
+std::string ParseRecord(PuzzleModel& model, Lines& file) {
   std::string commentLine;
   if (!file.ReadLine(commentLine)) throw RecordError{};
   std::size_t rest = 0;
@@ -154,6 +157,14 @@ int CountPuzzles(const std::string& path) {
   return count;
 }
 
+int CountRecords(const std::string& path) {
+  LineReader file(path);
+  RecordScanner scanner(file);
+  int count = 0;
+  while (scanner.NextRecord()) ++count;
+  return count;
+}
+
 RecordLocation FindRecord(LineReader& file, int index) {
   RecordScanner scanner(file);
   for (int counter = 0; scanner.NextRecord(); ++counter) {
@@ -166,26 +177,10 @@ std::string ReadErrorMessage(int n, const std::string& path) {
   return "Error reading puzzle#" + Str(n) + " in file:" + std::string(kLineBreak) + path;
 }
 
-ReadResult LoadPuzzle(PuzzleModel& model, const std::string& path, int n) {
-  if (n == -1) {
-    ClearPositions(model);
-    return {};
-  }
+namespace {
 
-  model.PuzzleCount = CountPuzzles(path);
-  LineReader file(path);
-  const RecordLocation where = FindRecord(file, n - 1);
-  model.RecordNumber = where.number;
-
-  bool loaded = false;
-  std::string comment;
-  if (!where.notFound) {
-    try {
-      comment = ParseRecord(model, file);
-      loaded = true;
-    } catch (const RecordError&) {
-    }
-  }
+// What a load does after the record was parsed (or failed to be).
+ReadResult FinishLoad(PuzzleModel& model, const std::string& path, int n, bool loaded, const std::string& comment) {
   if (!loaded) {
     model.Comment.clear();
     ClearPositions(model);
@@ -207,6 +202,78 @@ ReadResult LoadPuzzle(PuzzleModel& model, const std::string& path, int n) {
   model.SolutionList.clear();
   model.SolverBusy = false;
   return {"#" + std::to_string(model.RecordNumber) + " " + comment, false};
+}
+
+}  // namespace
+
+ReadResult LoadPuzzle(PuzzleModel& model, const std::string& path, int n) {
+  if (n == -1) {
+    ClearPositions(model);
+    return {};
+  }
+
+  model.PuzzleCount = CountPuzzles(path);
+  LineReader file(path);
+  const RecordLocation where = FindRecord(file, n - 1);
+  model.RecordNumber = where.number;
+
+  bool loaded = false;
+  std::string comment;
+  if (!where.notFound) {
+    try {
+      comment = ParseRecord(model, file);
+      loaded = true;
+    } catch (const RecordError&) {
+    }
+  }
+  return FinishLoad(model, path, n, loaded, comment);
+}
+
+RecordStream::RecordStream(const std::string& path) : path_(path), file_(path) {}
+
+bool RecordStream::Fill(std::size_t lines) {
+  while (ahead_.size() < lines) {
+    std::string line;
+    if (!file_.ReadLine(line)) return false;
+    ahead_.push_back(std::move(line));
+  }
+  return true;
+}
+
+bool RecordStream::Next(PuzzleModel& model, bool load, ReadResult& result) {
+  // To the next record line: every line that begins with "#", as LoadPuzzle finds them.
+  for (;;) {
+    if (!Fill(1)) return false;
+    const bool recordLine = IsRecordLine(ahead_.front());
+    if (recordLine) break;
+    ahead_.pop_front();
+  }
+  ++ordinal_;
+  if (load) {
+    model.RecordNumber = IntegerValue(std::string_view(ahead_.front()).substr(1));
+    // The record reads on from its "#" line through whatever lines follow, exactly as a
+    // load of this one record would (a short record takes lines of the next).
+    struct Ahead {
+      RecordStream& stream;
+      std::size_t next = 1;
+      bool ReadLine(std::string& line) {
+        if (!stream.Fill(next + 1)) return false;
+        line = stream.ahead_[next++];
+        return true;
+      }
+      bool Failed() const { return stream.file_.Failed(); }
+    } lines{*this};
+    bool loaded = false;
+    std::string comment;
+    try {
+      comment = ParseRecord(model, lines);
+      loaded = true;
+    } catch (const RecordError&) {
+    }
+    result = FinishLoad(model, path_, ordinal_, loaded, comment);
+  }
+  ahead_.pop_front();
+  return true;
 }
 
 bool AppendPuzzle(const PuzzleModel& model, const std::string& comment, int number, const std::string& path) {

@@ -9,6 +9,7 @@
 // Puzzle #n of a file is its n-th record in file order, whatever number it carries.
 #pragma once
 
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,6 +42,10 @@ std::vector<RecordSummary> ReadRecordSummaries(const std::string& path);
 // 0 for a missing or empty file.
 int CountPuzzles(const std::string& path);
 
+// Records in the file as every reader finds them: lines that begin with "#", whatever
+// follows. CountPuzzles leaves out those numbered 0 or below; they are read all the same.
+int CountRecords(const std::string& path);
+
 struct RecordLocation {
   int number = 0;  // the record number after "#", rounded to an integer
   bool notFound = true;
@@ -60,6 +65,29 @@ struct ReadResult {
 // and reports notFound; the file is only ever read. (ReadPuzzle is the command that
 // also shows it.)
 ReadResult LoadPuzzle(PuzzleModel& model, const std::string& path, int n);
+
+// Reads every record of a file in one pass, each loaded exactly as LoadPuzzle loads
+// that ordinal (PuzzleCount aside, which it leaves alone): commands that work through a
+// whole collection read it once, in memory the size of one record.
+class RecordStream {
+ public:
+  explicit RecordStream(const std::string& path);
+  bool IsOpen() const { return file_.IsOpen(); }
+  // Moves to the next record; false at the end of the file. With `load` the record is
+  // loaded into the model and `result` says whether it could be read.
+  bool Next(PuzzleModel& model, bool load, ReadResult& result);
+  // The ordinal of the record Next reached (1 for the first).
+  int Ordinal() const { return ordinal_; }
+  bool Failed() const { return file_.Failed(); }
+
+ private:
+  bool Fill(std::size_t lines);
+
+  std::string path_;
+  LineReader file_;
+  std::deque<std::string> ahead_;  // the lines read but not yet passed
+  int ordinal_ = 0;
+};
 
 // A comment that begins with "#" would read back as a record line and shift every
 // record after it: titles and descriptions are refused with this message.

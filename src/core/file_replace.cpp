@@ -1,15 +1,21 @@
 #include "core/file_replace.h"
 
 #include <fcntl.h>
+#include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
+#include <charconv>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 
+#include "core/file_lock.h"
 #include "core/text_file.h"
 
 namespace qm {
@@ -25,12 +31,14 @@ fs::perms NewFilePermissions() {
   return static_cast<fs::perms>(0666 & ~mask);
 }
 
-// Scratch files carry this mark between the target's name and six random characters.
-constexpr std::string_view kScratchMark = ".qmtmp";
-
-// When this process started: scratch files older than that belong to no running command
-// of ours (a command that was killed left them).
-const fs::file_time_type kProcessStart = fs::file_time_type::clock::now();
+// Scratch files are named ".quillmere-scratch.PID.XXXXXX": nothing a user or another
+// program makes looks like that. Earlier versions named them ".NAME.qmtmpXXXXXX".
+constexpr std::string_view kScratchPrefix = ".quillmere-scratch.";
+constexpr std::string_view kOlderScratchMark = ".qmtmp";
+constexpr std::size_t kRandomPart = 6;
+// A scratch file untouched this long may be left over from a killed command; it is
+// removed only when no running command holds it as well.
+constexpr auto kStaleAfter = std::chrono::minutes(10);
 
 bool SyncFile(const std::string& path) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -40,28 +48,55 @@ bool SyncFile(const std::string& path) {
   return ok;
 }
 
-// Ours: "." + name + ".qmtmp" + six characters, or the older ".name.ext.XXXXXX" that
-// sorting and deleting left beside collection files.
-bool IsOurScratchName(const std::string& name) {
-  if (name.size() < 9 || name[0] != '.') return false;
-  const std::string_view tail = std::string_view(name).substr(name.size() - 6);
-  if (!std::all_of(tail.begin(), tail.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0; })) {
-    return false;
+bool IsRandomPart(std::string_view text) {
+  return text.size() == kRandomPart && std::all_of(text.begin(), text.end(), [](char c) {
+           return std::isalnum(static_cast<unsigned char>(c)) != 0;
+         });
+}
+
+bool ProcessGone(pid_t pid) { return pid > 0 && ::kill(pid, 0) != 0 && errno == ESRCH; }
+
+// The scratch file's process id, 0 for the older names (which carry none), -1 when the
+// name is not one of ours.
+long ScratchOwner(std::string_view name) {
+  if (name.size() > kRandomPart && IsRandomPart(name.substr(name.size() - kRandomPart))) {
+    const std::string_view head = name.substr(0, name.size() - kRandomPart);
+    if (head.starts_with(kScratchPrefix) && head.ends_with(".")) {
+      const std::string_view digits = head.substr(kScratchPrefix.size(), head.size() - kScratchPrefix.size() - 1);
+      long pid = 0;
+      const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), pid);
+      if (error == std::errc{} && end == digits.data() + digits.size() && pid > 0) return pid;
+      return -1;
+    }
+    if (name.size() > 1 + kOlderScratchMark.size() + kRandomPart && name[0] == '.' && head.ends_with(kOlderScratchMark)) {
+      return 0;
+    }
   }
-  const std::string_view head = std::string_view(name).substr(0, name.size() - 6);
-  if (head.ends_with(kScratchMark)) return true;
-  for (const std::string_view old : {".fut.", ".txt.", ".dat."}) {
-    if (head.ends_with(old) && head.size() > old.size() + 1) return true;
-  }
-  return false;
+  return -1;
+}
+
+// True when a running command holds the scratch file (it keeps a lock on it from its
+// making to its rename).
+bool HeldByRunningCommand(const fs::path& file) {
+  const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  if (fd < 0) return true;
+  const bool held = ::flock(fd, LOCK_EX | LOCK_NB) != 0;
+  ::close(fd);  // the trial lock goes with it
+  return held;
 }
 
 void RemoveStaleScratchFiles(const fs::path& directory) {
   std::error_code ec;
+  const auto staleBefore = fs::file_time_type::clock::now() - kStaleAfter;
   for (fs::directory_iterator it(directory, ec), end; !ec && it != end; it.increment(ec)) {
-    const std::string name = it->path().filename().string();
-    if (!IsOurScratchName(name) || !it->is_regular_file(ec)) continue;
-    if (it->last_write_time(ec) < kProcessStart && !ec) fs::remove(it->path(), ec);
+    const long owner = ScratchOwner(it->path().filename().string());
+    std::error_code entryError;
+    if (owner < 0 || !it->is_regular_file(entryError) || it->is_symlink(entryError)) continue;
+    const auto written = it->last_write_time(entryError);
+    if (entryError || written >= staleBefore) continue;
+    if (owner > 0 && !ProcessGone(static_cast<pid_t>(owner))) continue;
+    if (HeldByRunningCommand(it->path())) continue;
+    fs::remove(it->path(), entryError);
   }
 }
 
@@ -75,30 +110,43 @@ bool ReplaceFile(const std::string& target, const FileWriter& write) {
     fs::path resolved = fs::weakly_canonical(path, ec);
     if (!ec) path = std::move(resolved);
   }
-  const fs::file_status status = fs::status(path, ec);
-  const bool exists = fs::exists(status);
+  // One writer at a time; a command that read the file first holds this lock already.
+  const FileLock lock(path.string());
+  if (!lock.Held()) return false;
+  struct stat old {};
+  const bool exists = ::stat(path.c_str(), &old) == 0;
   // A folder, FIFO or device is no file of ours: writing into a FIFO would wait forever.
-  if (exists && !fs::is_regular_file(status)) return false;
+  if (exists && !S_ISREG(old.st_mode)) return false;
   // Replacing needs only the directory's permission; a file we may not write stays.
   if (exists && access(path.c_str(), W_OK) != 0) return false;
 
   fs::path directory = path.parent_path();
   if (directory.empty()) directory = ".";
   RemoveStaleScratchFiles(directory);
-  std::string scratch = (directory / ("." + path.filename().string() + std::string(kScratchMark) + "XXXXXX")).string();
+  std::string scratch =
+      (directory / (std::string(kScratchPrefix) + std::to_string(::getpid()) + "." + std::string(kRandomPart, 'X')))
+          .string();
   const int fd = mkstemp(scratch.data());
   // No scratch file possible (a full disk, a folder that takes no new files): refuse.
   // Writing the target in place instead could leave it half old, half new.
   if (fd < 0) return false;
-  close(fd);
+  // Held until the rename: the clean-up of another command leaves the file alone.
+  ::flock(fd, LOCK_EX | LOCK_NB);
 
-  const fs::perms permissions = exists ? status.permissions() : NewFilePermissions();
-  bool ok = write(scratch) && SyncFile(scratch);
-  if (ok) {
-    fs::permissions(scratch, permissions, ec);
-    ok = std::rename(scratch.c_str(), path.c_str()) == 0;
+  bool ok = write(scratch) && ::fsync(fd) == 0;
+  if (ok && exists) {
+    // The file keeps its owner and group where we may give them (root replacing a
+    // user's file), then its mode (set last: a change of owner clears set-id bits).
+    if (::fchown(fd, old.st_uid, old.st_gid) != 0) {
+      [[maybe_unused]] const int ignored = ::fchown(fd, static_cast<uid_t>(-1), old.st_gid);
+    }
+    ok = ::fchmod(fd, old.st_mode & 07777) == 0;
+  } else if (ok) {
+    ok = ::fchmod(fd, static_cast<mode_t>(NewFilePermissions())) == 0;
   }
+  if (ok) ok = std::rename(scratch.c_str(), path.c_str()) == 0;
   if (!ok) fs::remove(scratch, ec);
+  ::close(fd);
   // The rename itself reaches the disk only with the folder.
   if (ok) SyncFile(directory.string());
   return ok;
@@ -123,7 +171,13 @@ bool ReadWholeFile(const std::string& path, std::string& bytes) {
 
 bool CopyFileSafely(const std::string& source, const std::string& target) {
   std::string bytes;
-  return ReadWholeFile(source, bytes) && ReplaceFileWith(target, bytes);
+  {
+    // No append to the source is half done while it is read. Let go before the target
+    // is locked: two copies in opposite directions must not wait on each other.
+    const FileLock lock(source);
+    if (!lock.Held() || !ReadWholeFile(source, bytes)) return false;
+  }
+  return ReplaceFileWith(target, bytes);
 }
 
 }  // namespace qm

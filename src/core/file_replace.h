@@ -15,9 +15,11 @@ using FileWriter = std::function<bool(const std::string& path)>;
 // Gives `target` new content through `write`, which is handed the path to write to.
 // A regular (or missing) target is written through a scratch file in its directory,
 // synced, and renamed over it in one step (the folder synced after); the target keeps
-// its permissions. False when the write failed, no scratch file can be made, or the
-// target is not a writable regular file; the target is then byte for byte as before.
-// Scratch files that killed commands left in the folder are removed on the way.
+// its owner, group (where the process may give them) and permissions. The target's
+// lock (file_lock.h) is held throughout. False when the write failed, no scratch file
+// can be made, the lock stayed taken, or the target is not a writable regular file;
+// the target is then byte for byte as before. Scratch files that killed commands left
+// in the folder (our names only, stale, held by no running command) go on the way.
 bool ReplaceFile(const std::string& target, const FileWriter& write);
 
 // ReplaceFile with the given bytes.

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <filesystem>
 
+#include "core/file_lock.h"
+
 namespace qm {
 
 namespace {
@@ -110,11 +112,32 @@ TextBuilder& TextBuilder::Line(std::string_view text) {
 }
 
 bool AppendToFile(const std::string& path, std::string_view bytes) {
+  // Under the lock the length measured below is the file's true end: no other writer
+  // can grow it before a failed append is cut back to it.
+  const FileLock lock(path);
+  if (!lock.Held()) return false;
   const bool existed = IsRegularFile(path);
   const int fd = OpenRegularForWriting(path, O_APPEND);
   if (fd < 0) return false;
   struct stat info {};
   const bool measured = ::fstat(fd, &info) == 0;
+  // A file whose last line has no line break (an editor, an earlier failure, a tail of
+  // NUL bytes after a crash) would glue the new record line to it: begin a new line.
+  // Bytes already there are kept as they are.
+  std::string joined;
+  if (measured && info.st_size > 0) {
+    const int reader = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    char last = '\n';
+    if (reader >= 0) {
+      if (::pread(reader, &last, 1, info.st_size - 1) != 1) last = '\n';
+      ::close(reader);
+    }
+    if (last != '\n') {
+      joined.reserve(bytes.size() + 2);
+      joined.append("\r\n").append(bytes);
+      bytes = joined;
+    }
+  }
   bool ok = measured && WriteAllAndSync(fd, bytes);
   // The record goes in whole or not at all: a cut record would glue itself to the next.
   if (!ok && measured && ::ftruncate(fd, info.st_size) == 0) ::fsync(fd);

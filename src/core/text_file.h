@@ -63,9 +63,11 @@ class TextBuilder {
   std::string text_;
 };
 
-// Appends bytes to a regular file, creating it when missing, and syncs them. False on
-// any failure, and then the file is cut back to its old length (a new file is removed):
-// the bytes go in whole or not at all.
+// Appends bytes to a regular file, creating it when missing, and syncs them, holding
+// the file's lock (file_lock.h). A file whose last byte is not a line break gets CR LF
+// first, so the bytes begin a line of their own. False on any failure, and then the file
+// is cut back to the length it had under the lock (a new file is removed): the bytes go
+// in whole or not at all.
 bool AppendToFile(const std::string& path, std::string_view bytes);
 // Replaces a regular file's content with bytes, synced. False on any failure.
 bool WriteWholeFile(const std::string& path, std::string_view bytes);

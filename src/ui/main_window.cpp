@@ -432,7 +432,10 @@ std::string MainWindow::ChooseFile(const FileChoice& choice) {
 
 QString MainWindow::StatusLine() const { return status_->text(); }
 
-void MainWindow::SetStatusLine(const std::string& text) { status_->setText(QString::fromStdString(text)); }
+void MainWindow::SetStatusLine(const std::string& text) {
+  status_->setText(QString::fromStdString(text));
+  status_->repaint();  // shown at once, also while a command waits for a file
+}
 
 void MainWindow::SetProgressLine(const std::string& text) { pb_->setText(QString::fromStdString(text)); }
 

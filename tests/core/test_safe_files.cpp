@@ -1,6 +1,8 @@
 // No write may cost a collection: a folder that takes no new files, a full disk, a
 // killed writer, a FIFO or a device. And every odd input gets a clear answer.
 #include <gtest/gtest.h>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -186,8 +188,14 @@ TEST(SafeFiles, StaleScratchFilesOfOursGoAndNothingElse) {
   test::TempDir dir;
   const auto hourAgo = fs::file_time_type::clock::now() - std::chrono::hours(1);
   const auto hourAhead = fs::file_time_type::clock::now() + std::chrono::hours(1);
-  const std::vector<std::string> stale = {".book.fut.qmtmpAb12Cd", ".book.fut.Xy12Zq", ".notes.txt.a1b2c3"};
-  const std::vector<std::string> kept = {".book.fut.qmtmpNew123", "keep.fut.a1b2c3", ".bashrc.abcdef"};
+  // Our names only: ".quillmere-scratch.PID.XXXXXX" of a process that is gone, and the
+  // older ".NAME.qmtmpXXXXXX". Names that merely look like scratch files (rsync's
+  // temporaries, a user's ".notes.txt.backup") are never ours.
+  const std::vector<std::string> stale = {".book.fut.qmtmpAb12Cd", ".quillmere-scratch.999999999.Ab12Cd"};
+  const std::vector<std::string> kept = {".book.fut.qmtmpNew123", "keep.fut.a1b2c3",   ".bashrc.abcdef",
+                                         ".book.fut.Xy12Zq",      ".notes.txt.a1b2c3", ".notes.txt.backup",
+                                         ".x.fut.Xy12Ab",         ".quillmere-scratch.12x.Ab12Cd",
+                                         ".quillmere-scratch.999999999.Ab12Cd.bak"};
   for (const std::string& name : stale) {
     test::WriteBytes(dir.File(name), "x");
     fs::last_write_time(dir.File(name), hourAgo);
@@ -199,6 +207,148 @@ TEST(SafeFiles, StaleScratchFilesOfOursGoAndNothingElse) {
   ASSERT_TRUE(ReplaceFileWith(dir.File("book.fut"), "#1\r\n"));
   for (const std::string& name : stale) EXPECT_FALSE(fs::exists(dir.File(name))) << name;
   for (const std::string& name : kept) EXPECT_TRUE(fs::exists(dir.File(name))) << name;
+}
+
+TEST(SafeFiles, ScratchFilesOfRunningCommandsStay) {
+  test::TempDir dir;
+  const auto hourAgo = fs::file_time_type::clock::now() - std::chrono::hours(1);
+  // A command still writing (however long it has taken) keeps its scratch file while a
+  // second command replaces another file of the same folder.
+  int ready[2];
+  ASSERT_EQ(::pipe(ready), 0);
+  const pid_t writer = ::fork();
+  ASSERT_GE(writer, 0);
+  if (writer == 0) {
+    const bool ok = ReplaceFile(dir.File("slow.fut"), [&](const std::string& scratch) {
+      if (!WriteWholeFile(scratch, "slow")) return false;
+      fs::last_write_time(scratch, hourAgo);
+      const char go = 'g';
+      if (::write(ready[1], &go, 1) != 1) return false;
+      std::this_thread::sleep_for(std::chrono::milliseconds(300));
+      return true;
+    });
+    ::_exit(ok ? 0 : 1);
+  }
+  char go = 0;
+  ASSERT_EQ(::read(ready[0], &go, 1), 1);
+  ::close(ready[0]);
+  ::close(ready[1]);
+
+  // And one whose process is gone, but which another process holds locked.
+  const std::string held = dir.File(".quillmere-scratch.999999998.Zz99Yy");
+  test::WriteBytes(held, "x");
+  fs::last_write_time(held, hourAgo);
+  int locked[2];
+  ASSERT_EQ(::pipe(locked), 0);
+  const pid_t holder = ::fork();
+  ASSERT_GE(holder, 0);
+  if (holder == 0) {
+    const int fd = ::open(held.c_str(), O_RDONLY);
+    const char ok = fd >= 0 && ::flock(fd, LOCK_EX) == 0 ? 'y' : 'n';
+    if (::write(locked[1], &ok, 1) != 1) ::_exit(1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    ::_exit(0);
+  }
+  char ok = 0;
+  ASSERT_EQ(::read(locked[0], &ok, 1), 1);
+  ASSERT_EQ(ok, 'y');
+  ::close(locked[0]);
+  ::close(locked[1]);
+
+  ASSERT_TRUE(ReplaceFileWith(dir.File("other.fut"), "other"));
+  EXPECT_TRUE(fs::exists(held));
+  int status = 0;
+  ::waitpid(writer, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the running command lost its scratch file";
+  EXPECT_EQ(test::ReadBytes(dir.File("slow.fut")), "slow");
+  ::waitpid(holder, nullptr, 0);
+  ASSERT_TRUE(ReplaceFileWith(dir.File("other.fut"), "again"));
+  EXPECT_FALSE(fs::exists(held));  // let go, and its process long gone
+}
+
+TEST(SafeFiles, AnAppendBeginsOnALineOfItsOwn) {
+  test::TempDir dir;
+  PuzzleModel model;
+  HeadlessPort port;
+  ASSERT_FALSE(ReadPuzzle(model, port, kCollection, 2).notFound);
+  const std::string comment = model.Comment;
+  // The last line without a line break (an editor's doing), and a tail of NUL bytes
+  // that a crash of another program left: the bytes stay, the new record reads back.
+  const std::string cut = test::CrLf(test::SampleRecord());
+  for (const std::string& old : {cut.substr(0, cut.size() - 2), cut + std::string(5, '\0')}) {
+    const std::string file = dir.File("tail.fut");
+    test::WriteBytes(file, old);
+    ASSERT_TRUE(WritePuzzle(model, port, comment, 2, file));
+    EXPECT_EQ(test::ReadBytes(file).substr(0, old.size()), old);
+    EXPECT_EQ(CountPuzzles(file), 2);
+    PuzzleModel back;
+    ASSERT_FALSE(ReadPuzzle(back, port, file, 2).notFound);
+    EXPECT_EQ(back.Comment, comment);
+    EXPECT_EQ(back.PosText, model.PosText);
+    ASSERT_FALSE(ReadPuzzle(back, port, file, 1).notFound);
+    EXPECT_EQ(back.Comment, "Sample");
+  }
+  // The command line's append and create go the same way.
+  const std::string file = dir.File("cli.fut");
+  test::WriteBytes(file, cut.substr(0, cut.size() - 2));
+  ASSERT_EQ(Cli({"append", kCollection, "-n", "2", file}).code, 0);
+  ASSERT_EQ(Cli({"create", "--size", "4", "--out", file, "--seed", "5"}).code, 0);
+  EXPECT_EQ(CountPuzzles(file), 3);
+  EXPECT_EQ(Cli({"show", file, "-n", "3"}).code, 0);
+}
+
+TEST(SafeFiles, AFailedAppendNeverCostsAnotherWritersRecords) {
+  test::TempDir dir;
+  const std::string file = dir.File("shared.fut");
+  PuzzleModel model;
+  HeadlessPort port;
+  ASSERT_FALSE(ReadPuzzle(model, port, kCollection, 60).notFound);
+  ASSERT_TRUE(WritePuzzle(model, port, "first", 1, file));
+  constexpr int kOthers = 60;
+  const pid_t other = ::fork();
+  ASSERT_GE(other, 0);
+  if (other == 0) {
+    HeadlessPort quiet;
+    for (int i = 0; i < kOthers; ++i) {
+      if (!WritePuzzle(model, quiet, "other " + std::to_string(i), i + 2, file)) ::_exit(1);
+    }
+    ::_exit(0);
+  }
+  {
+    // This writer's disk is full: each of its appends fails and is cut back, to the
+    // length it saw under the lock, never past the other writer's records.
+    test::FileSizeLimit full(test::ReadBytes(file).size() + 40);
+    for (int i = 0; i < 200; ++i) EXPECT_FALSE(WritePuzzle(model, port, "mine", 99, file));
+  }
+  int status = 0;
+  ::waitpid(other, &status, 0);
+  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  const std::string bytes = test::ReadBytes(file);
+  EXPECT_EQ(bytes.find('\0'), std::string::npos);
+  EXPECT_EQ(CountPuzzles(file), kOthers + 1);
+  for (int i = 0; i < kOthers; ++i) {
+    EXPECT_NE(bytes.find("other " + std::to_string(i) + "\r\n"), std::string::npos) << i;
+  }
+}
+
+TEST(SafeFiles, AReplacedFileKeepsItsOwnerGroupAndMode) {
+  test::TempDir dir;
+  const std::string file = dir.File("c.fut");
+  fs::copy_file(kCollection, file);
+  ::chmod(file.c_str(), 0640);
+  const bool root = ::geteuid() == 0;
+  if (root) ASSERT_EQ(::chown(file.c_str(), 65534, 65534), 0);
+  const test::WorkingDirectory cwd(dir.Path());
+  ASSERT_EQ(Cli({"delete", file, "-n", "3"}).code, 0);
+  ASSERT_TRUE(ReplaceFileWith(file, test::ReadBytes(file) + "\r\n"));
+  struct stat info {};
+  ASSERT_EQ(::stat(file.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 07777, 0640u);
+  if (root) {
+    EXPECT_EQ(info.st_uid, 65534u);
+    EXPECT_EQ(info.st_gid, 65534u);
+  }
+  EXPECT_EQ(CountPuzzles(file), CountPuzzles(kCollection) - 1);
 }
 
 TEST(SafeFiles, NumbersTheCommandLineCannotTakeAreUsageErrors) {
