@@ -20,10 +20,12 @@ int RunCount(Output& output, const std::string& file) {
   if (const std::string why = UnreadableCollection(file, true); !why.empty()) return Fail(output, why, {{"file", file}});
   const int count = CountPuzzles(file);
   // Records numbered #0 or below are not counted but are read, shown and graded:
-  // "records" says how many there are in all.
+  // "records" says how many there are in all where that is more.
   const int records = CountRecords(file);
   if (output.json) {
-    PrintJson(output, Json{{"file", file}, {"count", count}, {"records", records}});
+    Json counted{{"file", file}, {"count", count}};
+    if (records != count) counted["records"] = records;
+    PrintJson(output, counted);
   } else {
     output.out << count << (count == 1 ? " puzzle in " : " puzzles in ") << file << '\n';
     if (records != count) {

@@ -243,11 +243,13 @@ CommandResult mnusaveassli(PuzzleModel& model, WindowPort& port) {
   const std::string target = ChooseCollectionFile(model, port, "Quillmere", "*.fut", ChooserMode::Save);
   if (target.empty()) return CommandResult::Cancelled;
   int number = 0;
-  const CommandLock lock(port, target);
-  if (!lock.Held() || !NumberForAppend(port, target, number) ||
-      !WritePuzzle(model, port, model.Comment, number, target)) {
-    return CommandResult::Failed;
-  }
+  {
+    const CommandLock lock(port, target);
+    if (!lock.Held() || !NumberForAppend(port, target, number) ||
+        !WritePuzzle(model, port, model.Comment, number, target)) {
+      return CommandResult::Failed;
+    }
+  }  // let go before the message box waits for its OK
   port.ShowMessage("Puzzle#" + Str(number) + " saved in file " + target);
   return CommandResult::Done;
 }
@@ -282,11 +284,16 @@ std::string BackupName(const std::string& path) {
 CommandResult mnubackup(PuzzleModel& model, WindowPort& port) {
   // Backups of one file take their names from one series: one at a time, or two would
   // pick the same free name.
-  const CommandLock lock(port, model.CurrentFile);
-  if (!lock.Held()) return CommandResult::Failed;
-  const std::string name = BackupName(model.CurrentFile);
-  // A backup never overwrites an older one, not even when all 99 names are taken.
-  if (Exists(name) || !CopyFileSafely(model.CurrentFile, name)) {
+  std::string name;
+  bool copied = false;
+  {
+    const CommandLock lock(port, model.CurrentFile);
+    if (!lock.Held()) return CommandResult::Failed;
+    name = BackupName(model.CurrentFile);
+    // A backup never overwrites an older one, not even when all 99 names are taken.
+    copied = !Exists(name) && CopyFileSafely(model.CurrentFile, name);
+  }  // let go before the message box waits for its OK
+  if (!copied) {
     port.ShowMessage("Error backing to file:" + kLineBreakText + name);
     return CommandResult::Failed;
   }

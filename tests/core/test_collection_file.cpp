@@ -265,6 +265,53 @@ TEST_F(CollectionFile, JunkNeverCrashesAndIsNeverWritten) {
   }
 }
 
+// One pass over the file reads every record exactly as a load of that ordinal does,
+// also where records are cut short, run into the next one or carry odd numbers.
+TEST_F(CollectionFile, AStreamReadsEachRecordAsALoadDoes) {
+  std::mt19937 random(7);
+  std::vector<std::string> files = {std::string(QUILLMERE_APP_DIR) + "puzzles.fut",
+                                    Write("odd.fut", CrLf(Join({Record("#0", "zero", "3 0 0", {"1...."}),
+                                                                Record("#-5", "minus", "4 0 0", {"1......|1"}),
+                                                                {"#"},
+                                                                Record("#2", "a, 3 0 1", "1....", {"....."}),
+                                                                Record("#3", "#comment", "12 0 0", {}),
+                                                                SampleRecord()})))};
+  for (int i = 0; i < 20; ++i) {
+    std::string bytes;
+    for (int b = static_cast<int>(random() % 3000); b > 0; --b) {
+      const char alphabet[] = "#0123456789 .<>^v|,\r\n";
+      bytes += alphabet[random() % (sizeof alphabet - 1)];
+    }
+    files.push_back(Write("junk" + std::to_string(i) + ".fut", bytes));
+  }
+  for (const std::string& path : files) {
+    RecordStream stream(path);
+    PuzzleModel streamed;
+    ReadResult result;
+    int n = 0;
+    while (stream.Next(streamed, true, result)) {
+      ++n;
+      ASSERT_EQ(stream.Ordinal(), n);
+      PuzzleModel loaded;
+      const ReadResult expected = LoadPuzzle(loaded, path, n);
+      ASSERT_EQ(result.notFound, expected.notFound) << path << " #" << n;
+      EXPECT_EQ(result.title, expected.title) << path << " #" << n;
+      if (expected.notFound) continue;
+      ASSERT_EQ(streamed.GridSize, loaded.GridSize);
+      for (int k = 0; k <= loaded.LastPosition; ++k) {
+        ASSERT_EQ(streamed.PosText[k], loaded.PosText[k]) << path << " #" << n << " position " << k;
+        ASSERT_EQ(streamed.GivenValue[k], loaded.GivenValue[k]) << path << " #" << n << " position " << k;
+        ASSERT_EQ(streamed.SolutionText[k], loaded.SolutionText[k]) << path << " #" << n << " position " << k;
+      }
+      EXPECT_EQ(streamed.ClueCount, loaded.ClueCount);
+      EXPECT_EQ(streamed.ConstraintCount, loaded.ConstraintCount);
+    }
+    EXPECT_EQ(n, CountRecords(path)) << path;
+    PuzzleModel past;
+    EXPECT_TRUE(LoadPuzzle(past, path, n + 1).notFound) << path;
+  }
+}
+
 TEST_F(CollectionFile, WritingTheWorkedExampleGivesItsRecordBack) {
   const std::string source = Write("src.fut", CrLf(SampleRecord()));
   ASSERT_FALSE(Read(source, 1).notFound);

@@ -337,7 +337,9 @@ TEST(SafeFiles, AReplacedFileKeepsItsOwnerGroupAndMode) {
   fs::copy_file(kCollection, file);
   ::chmod(file.c_str(), 0640);
   const bool root = ::geteuid() == 0;
-  if (root) ASSERT_EQ(::chown(file.c_str(), 65534, 65534), 0);
+  if (root) {
+    ASSERT_EQ(::chown(file.c_str(), 65534, 65534), 0);
+  }
   const test::WorkingDirectory cwd(dir.Path());
   ASSERT_EQ(Cli({"delete", file, "-n", "3"}).code, 0);
   ASSERT_TRUE(ReplaceFileWith(file, test::ReadBytes(file) + "\r\n"));
