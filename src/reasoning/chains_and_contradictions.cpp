@@ -1,0 +1,519 @@
+// Rungs 6 and 7 and what they stand on: following an assumption by singles and signs
+// (told with its trail, or decided by masks), forcing chains from a two-candidate cell,
+// and proof by contradiction, quick or with rungs 1 to 5 inside the assumption.
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "reasoning/ladder_internal.h"
+
+namespace qm::reasoning::internal {
+
+namespace {
+
+// ---- Quick propagation for the chains and contradictions ------------------------------
+
+struct Trail {
+  std::vector<std::pair<int, int>> placed;  // in the order found
+  std::string contradiction;                // empty while the grid holds
+};
+
+// Singles, hidden singles and sign bounds to a fixed point. Returns false with the
+// reason in trail.contradiction when the grid breaks.
+bool Propagate(Grid& g, Trail& trail) {
+  const int n = g.n;
+  const DigitMask full = masks::Full(n);
+  auto place = [&](int c, int d) {
+    g.placed[static_cast<std::size_t>(c)] = true;
+    g.cand[static_cast<std::size_t>(c)] = masks::Bit(d);
+    trail.placed.emplace_back(c, d);
+    for (int i = 0; i < n; ++i) {
+      for (const int peer : {c / n * n + i, i * n + c % n}) {
+        if (peer != c && !g.placed[static_cast<std::size_t>(peer)]) {
+          g.cand[static_cast<std::size_t>(peer)] &= static_cast<DigitMask>(~masks::Bit(d));
+        }
+      }
+    }
+  };
+  for (int round = 0; round < 4 * kMaxCells; ++round) {
+    bool changed = false;
+    for (int c = 0; c < n * n; ++c) {
+      const DigitMask m = g.cand[static_cast<std::size_t>(c)];
+      if (m == 0) {
+        trail.contradiction = CellName(n, c) + " would have no digit left";
+        return false;
+      }
+      if (!g.placed[static_cast<std::size_t>(c)] && Single(m)) {
+        place(c, DigitOf(m));
+        changed = true;
+      }
+    }
+    for (int l = 0; l < 2 * n; ++l) {
+      const Line cells = LineCells(n, l);
+      // Placed twice is a contradiction.
+      const auto [seen, twice, placed, placedTwice] = DigestLine(g, cells);
+      if (seen != full) {
+        trail.contradiction = LineName(n, l) + " would have no place for " + std::to_string(DigitOf(full & ~seen));
+        return false;
+      }
+      if (placedTwice != 0) {
+        trail.contradiction = LineName(n, l) + " would hold " + std::to_string(DigitOf(placedTwice)) + " twice";
+        return false;
+      }
+      const DigitMask single = static_cast<DigitMask>(seen & ~twice & ~placed);
+      if (single == 0) continue;
+      for (int i = 0; i < n; ++i) {
+        const int c = cells[static_cast<std::size_t>(i)];
+        const DigitMask here = g.cand[static_cast<std::size_t>(c)] & single;
+        if (here == 0 || g.placed[static_cast<std::size_t>(c)]) continue;
+        if (!Single(here)) {
+          trail.contradiction = CellName(n, c) + " would need both " + Digits(here);
+          return false;
+        }
+        place(c, DigitOf(here));
+        changed = true;
+        break;  // the line's masks are stale now
+      }
+    }
+    for (const Sign& s : g.SignList()) {
+      DigitMask& gm = g.cand[static_cast<std::size_t>(s.greater)];
+      DigitMask& sm = g.cand[static_cast<std::size_t>(s.smaller)];
+      if (gm == 0 || sm == 0) continue;
+      const DigitMask ng = gm & masks::Above(masks::Lowest(sm));
+      const DigitMask ns = sm & masks::Below(masks::Highest(gm));
+      if (ng == 0 || ns == 0) {
+        trail.contradiction = "the sign between " + CellName(n, s.greater) + " and " + CellName(n, s.smaller) +
+                              " could not hold";
+        return false;
+      }
+      if (ng != gm || ns != sm) {
+        gm = ng;
+        sm = ns;
+        changed = true;
+      }
+    }
+    if (!changed) return true;
+  }
+  return true;
+}
+
+// "row 4, column 3 would be 2, row 5, column 2 would be 7, …"
+std::string TrailText(int n, const Trail& trail, std::size_t skip) {
+  std::vector<std::string> items;
+  for (std::size_t i = skip; i < trail.placed.size() && items.size() < 3; ++i) {
+    items.push_back(CellName(n, trail.placed[i].first) + " would be " + std::to_string(trail.placed[i].second));
+  }
+  std::string text;
+  for (const std::string& item : items) text += item + ", ";
+  if (trail.placed.size() > skip + items.size()) text += "…, ";
+  return text;
+}
+
+}  // namespace
+
+// ---- Settling by masks: deciding, not telling -----------------------------------------
+
+// The same rules as Propagate and the same fixed point (the rules only ever strike, and
+// none of them depends on the order they run in), but driven by the cells that changed
+// and with no trail. The contradiction and forcing rungs decide with it; only the one
+// assumption a step is made of is then followed again with Propagate for its sentence.
+struct Topology {
+  int n = 0;
+  std::array<std::array<std::uint8_t, 2 * (kMaxGridSize - 1)>, kMaxCells> peers{};
+  struct Link {
+    std::uint8_t other;
+    bool greater;  // this cell is the greater one
+  };
+  std::array<Link, 2 * std::tuple_size_v<decltype(Grid::signs)>> links{};
+  std::array<std::uint16_t, kMaxCells + 1> linkStart{};  // this cell's links: [start[c], start[c + 1])
+  std::array<Line, 2 * kMaxGridSize> lines{};
+  std::array<std::uint32_t, kMaxCells> lineBits{};  // the cell's row and column
+
+  explicit Topology(const Grid& g) : n(g.n) {
+    for (int c = 0; c < n * n; ++c) {
+      std::size_t k = 0;
+      for (int i = 0; i < n; ++i) {
+        for (const int peer : {c / n * n + i, i * n + c % n}) {
+          if (peer != c) peers[static_cast<std::size_t>(c)][k++] = static_cast<std::uint8_t>(peer);
+        }
+      }
+    }
+    for (const Sign& s : g.SignList()) {
+      ++linkStart[static_cast<std::size_t>(s.greater) + 1];
+      ++linkStart[static_cast<std::size_t>(s.smaller) + 1];
+    }
+    for (std::size_t c = 0; c < kMaxCells; ++c) linkStart[c + 1] = static_cast<std::uint16_t>(linkStart[c + 1] + linkStart[c]);
+    std::array<std::uint16_t, kMaxCells + 1> fill = linkStart;
+    for (const Sign& s : g.SignList()) {
+      links[fill[static_cast<std::size_t>(s.greater)]++] = {static_cast<std::uint8_t>(s.smaller), true};
+      links[fill[static_cast<std::size_t>(s.smaller)]++] = {static_cast<std::uint8_t>(s.greater), false};
+    }
+    for (int l = 0; l < 2 * n; ++l) lines[static_cast<std::size_t>(l)] = LineCells(n, l);
+    for (int c = 0; c < n * n; ++c) lineBits[static_cast<std::size_t>(c)] = 1u << (c / n) | 1u << (n + c % n);
+  }
+};
+
+namespace {
+
+// Cells and lines still to look at, as bit sets.
+struct Pending {
+  std::array<std::uint64_t, 2> cells{};
+  std::uint32_t lines = 0;
+  void Cell(int c) { cells[static_cast<std::size_t>(c >> 6)] |= std::uint64_t{1} << (c & 63); }
+  void All(int n) {
+    for (int c = 0; c < n * n; ++c) Cell(c);
+    lines = (1u << (2 * n)) - 1u;
+  }
+  int PopCell() {
+    for (std::size_t w = 0; w < cells.size(); ++w) {
+      if (cells[w] != 0) {
+        const int bit = std::countr_zero(cells[w]);
+        cells[w] &= cells[w] - 1;
+        return static_cast<int>(w) * 64 + bit;
+      }
+    }
+    return -1;
+  }
+};
+
+// Returns false when the grid breaks.
+bool Settle(const Topology& t, Cand& cand, Placed& placed, Pending& todo) {
+  const int n = t.n;
+  const DigitMask full = masks::Full(n);
+  auto narrow = [&](std::size_t c, DigitMask to) {
+    cand[c] = to;
+    todo.Cell(static_cast<int>(c));
+  };
+  for (;;) {
+    const int x = todo.PopCell();
+    if (x < 0) {
+      if (todo.lines == 0) return true;
+      const auto l = static_cast<std::size_t>(std::countr_zero(todo.lines));
+      todo.lines &= todo.lines - 1;
+      const Line& cells = t.lines[l];
+      DigitMask seen = 0;
+      DigitMask twice = 0;
+      DigitMask fixed = 0;
+      for (int i = 0; i < n; ++i) {
+        const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+        twice |= seen & cand[c];
+        seen |= cand[c];
+        if (placed[c]) {
+          if ((fixed & cand[c]) != 0) return false;
+          fixed |= cand[c];
+        }
+      }
+      if (seen != full) return false;
+      const DigitMask single = static_cast<DigitMask>(seen & ~twice & ~fixed);
+      if (single == 0) continue;
+      for (int i = 0; i < n; ++i) {
+        const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+        const DigitMask here = cand[c] & single;
+        if (here == 0 || placed[c]) continue;
+        if (!Single(here)) return false;
+        narrow(c, here);
+      }
+      continue;
+    }
+    const auto xi = static_cast<std::size_t>(x);
+    const DigitMask m = cand[xi];
+    if (m == 0) return false;
+    if (!placed[xi] && Single(m)) {
+      placed[xi] = true;
+      for (int i = 0; i < 2 * (n - 1); ++i) {
+        const std::size_t p = t.peers[xi][static_cast<std::size_t>(i)];
+        if (placed[p] || (cand[p] & m) == 0) continue;
+        narrow(p, static_cast<DigitMask>(cand[p] & ~m));
+      }
+    }
+    for (std::size_t k = t.linkStart[xi]; k < t.linkStart[xi + 1]; ++k) {
+      const Topology::Link& link = t.links[k];
+      const std::size_t gi = link.greater ? xi : link.other;
+      const std::size_t si = link.greater ? link.other : xi;
+      const DigitMask gm = cand[gi];
+      const DigitMask sm = cand[si];
+      if (gm == 0 || sm == 0) return false;
+      const DigitMask ng = gm & masks::Above(masks::Lowest(sm));
+      const DigitMask ns = sm & masks::Below(masks::Highest(gm));
+      if (ng == 0 || ns == 0) return false;
+      if (ng != gm) narrow(gi, ng);
+      if (ns != sm) narrow(si, ns);
+    }
+    todo.lines |= t.lineBits[xi];
+  }
+}
+
+}  // namespace
+
+Memo::Memo() = default;
+Memo::~Memo() = default;
+
+// Starts a search for a step on g: settles g's own candidates.
+void Memo::Look(const Grid& g) {
+  if (!topology_ || topology_->n != g.n) {
+    topology_ = std::make_unique<Topology>(g);
+    entries_.assign(static_cast<std::size_t>(g.n * g.n * (kMaxGridSize + 1)), Entry{});
+    seen_ = false;
+  }
+  if (seen_ && g.cand == last_ && g.placed == lastPlaced_) return;
+  cells_ = g.n * g.n;
+  for (std::size_t c = 0; seen_ && c < static_cast<std::size_t>(cells_); ++c) {
+    // A grid that is not within the last one: what was remembered may not hold.
+    if ((g.cand[c] & ~last_[c]) != 0) {
+      std::fill(entries_.begin(), entries_.end(), Entry{});
+      break;
+    }
+  }
+  last_ = g.cand;
+  lastPlaced_ = g.placed;
+  seen_ = true;
+  base_ = g.cand;
+  basePlaced_ = g.placed;
+  Pending todo;
+  todo.All(g.n);
+  baseHolds_ = Settle(*topology_, base_, basePlaced_, todo);
+  quiet_ = Unknown;
+}
+
+
+// Where c = d leads by singles and signs, or nullptr when it breaks the grid.
+const Cand* Memo::Quick(int c, int d) {
+  if (!baseHolds_ || (base_[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) return nullptr;
+  Entry& e = At(c, d);
+  if (!e.quickKnown) {
+    e.quick = base_;
+    e.quick[static_cast<std::size_t>(c)] = masks::Bit(d);
+    Placed placed = basePlaced_;
+    Pending todo;
+    todo.Cell(c);
+    e.quickHolds = Settle(*topology_, e.quick, placed, todo);
+    e.quickKnown = true;
+  } else if (e.quickHolds) {
+    e.quickHolds = Renew(e.quick).holds;
+  }
+  return e.quickHolds ? &e.quick : nullptr;
+}
+
+
+// Whether c = d survives rungs 1 to 5 applied in turn, as PropagateDeep does.
+bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
+  const Cand* quick = Quick(c, d);
+  if (quick == nullptr) return false;
+  Entry& e = At(c, d);
+  // A grid the trial lies within on which rungs 1 to 5 found nothing: where it ended
+  // before, or g itself. The rungs look again only where the trial differs from it.
+  Grid quiet = g;
+  bool scoped = true;
+  if (e.deepKnown) {
+    if (!e.deepHolds) return false;
+    SetCand(quiet, e.deep);
+    const Renewed renewed = Renew(e.deep);
+    if (!renewed.holds || !renewed.changed) return e.deepHolds = renewed.holds;
+  } else {
+    e.deep = *quick;
+    scoped = Quiet(g);
+  }
+  Grid trial = g;
+  SetCand(trial, e.deep);
+  e.deepKnown = true;
+  e.deepHolds = false;
+  for (int i = 0; i < budget; ++i) {
+    Step step;
+    if (IsSolved(trial) || !EasyStep(trial, step, *this, scoped ? Scope::Changed(trial, quiet) : kWholeGrid)) {
+      e.deep = trial.cand;
+      return e.deepHolds = true;
+    }
+    Apply(trial, step);
+    if (IsBroken(trial)) return false;
+    Pending todo;
+    for (const auto& [cell, digits] : step.removed) todo.Cell(cell);
+    for (const auto& [cell, digit] : step.placed) {
+      // Settle places it again, to clear its lines.
+      trial.placed[static_cast<std::size_t>(cell)] = false;
+      todo.Cell(cell);
+    }
+    if (!Settle(*topology_, trial.cand, trial.placed, todo)) return false;
+  }
+  e.deepKnown = false;  // out of steps: held, but not to a known end
+  return true;
+}
+
+
+// Whether rungs 1 to 5 find nothing on the grid last looked at, g.
+bool Memo::Quiet(const Grid& g) {
+  if (quiet_ == Unknown) {
+    Step step;
+    quiet_ = EasyStep(g, step, *this, kWholeGrid) ? No : Yes;
+  }
+  return quiet_ == Yes;
+}
+
+
+Memo::Renewed Memo::Renew(Cand& end) const {
+  Pending todo;
+  Placed placed{};
+  bool changed = false;
+  for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) {
+    placed[x] = Single(end[x]);
+    const DigitMask within = end[x] & base_[x];
+    if (within == end[x]) continue;
+    end[x] = within;
+    todo.Cell(static_cast<int>(x));
+    changed = true;
+  }
+  return {!changed || Settle(*topology_, end, placed, todo), changed};
+}
+
+bool AllPlaced(const Grid& g) {
+  for (int c = 0; c < Cells(g); ++c) {
+    if (!g.placed[static_cast<std::size_t>(c)]) return false;
+  }
+  return true;
+}
+
+// IsBroken on the lines and signs of the scope only.
+bool BrokenWithin(const Grid& g, const Scope& scope) {
+  const int n = g.n;
+  const bool lineBroken = AnyLineInScope(n, scope, [&](int, const Line& cells) {
+    DigitMask seen = 0;
+    DigitMask placed = 0;
+    for (int i = 0; i < n; ++i) {
+      const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+      if (g.cand[c] == 0) return true;
+      if (g.placed[c]) {
+        if ((placed & g.cand[c]) != 0) return true;
+        placed |= g.cand[c];
+      }
+      seen |= g.cand[c];
+    }
+    return seen != masks::Full(n);
+  });
+  if (lineBroken) return true;
+  for (const Sign& s : g.SignList()) {
+    if (scope.Touches(s) && masks::Highest(g.cand[static_cast<std::size_t>(s.greater)]) <=
+                                masks::Lowest(g.cand[static_cast<std::size_t>(s.smaller)])) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// ---- Rung 6: forcing chains from a two-candidate cell ---------------------------------
+
+bool ForcingChain(const Grid& g, Step& step, Memo& memo) {
+  memo.Look(g);
+  for (int c = 0; c < Cells(g); ++c) {
+    const DigitMask m = g.cand[static_cast<std::size_t>(c)];
+    if (g.placed[static_cast<std::size_t>(c)] || masks::Count(m) != 2) continue;
+    const int a = masks::Lowest(m);
+    const int b = masks::Highest(m);
+    // A branch that breaks is a contradiction, the next rung's business.
+    const Cand* ga = memo.Quick(c, a);
+    const Cand* gb = ga == nullptr ? nullptr : memo.Quick(c, b);
+    if (gb == nullptr) continue;
+    std::vector<std::pair<int, DigitMask>> removed;
+    for (int x = 0; x < Cells(g); ++x) {
+      if (x == c || g.placed[static_cast<std::size_t>(x)]) continue;
+      const DigitMask either = (*ga)[static_cast<std::size_t>(x)] | (*gb)[static_cast<std::size_t>(x)];
+      const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(x)] & ~either);
+      if (gone != 0) removed.emplace_back(x, gone);
+    }
+    if (removed.empty()) continue;
+    step = {"Forcing chain", kForcing, {c}, {}, removed, ""};
+    const int x = removed[0].first;
+    const DigitMask left = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(x)] & ~removed[0].second);
+    step.cells.push_back(x);
+    std::string result = Single(left) ? CellName(g.n, x) + " is " + std::to_string(DigitOf(left))
+                                               : CellName(g.n, x) + " is not " + Digits(removed[0].second, "or");
+    step.text = Capital(CellName(g.n, c)) + " is " + std::to_string(a) + " or " + std::to_string(b) +
+                ". Following singles and signs from either digit, both lead to the same place: " + result +
+                (removed.size() == 2   ? " (and one more cell loses candidates)"
+                 : removed.size() > 2 ? " (and " + std::to_string(removed.size() - 1) + " more cells lose candidates)"
+                                      : "") +
+                ".";
+    return true;
+  }
+  return false;
+}
+
+// ---- Rung 7: proof by contradiction ---------------------------------------------------
+
+namespace {
+
+// The ladder's rungs 1 to 5 applied until they stop, as a deeper test of an assumption.
+bool PropagateDeep(Grid& g, Trail& trail, int budget, Memo& memo);
+constexpr int kDeepBudget = 400;  // steps of rungs 1 to 5 within one assumption
+
+// Tries c = d on a copy; on a contradiction fills the step that strikes d from c.
+bool TestAssumption(const Grid& g, int c, int d, bool deep, Step& step, Memo& memo) {
+  Grid trial = g;
+  Trail trail;
+  trial.cand[static_cast<std::size_t>(c)] = masks::Bit(d);
+  const bool holds = deep ? PropagateDeep(trial, trail, kDeepBudget, memo) : Propagate(trial, trail);
+  if (holds) return false;
+  step = {"Contradiction", kContradiction, {c}, {}, {{c, masks::Bit(d)}}, ""};
+  for (const auto& [cell, digit] : trail.placed) {
+    if (cell != c && step.cells.size() < 8) step.cells.push_back(cell);
+  }
+  // The first entry of the trail is the assumption itself.
+  const std::size_t skip = !trail.placed.empty() && trail.placed[0].first == c ? 1 : 0;
+  step.text = "If " + CellName(g.n, c) + " were " + std::to_string(d) + ", then " + TrailText(g.n, trail, skip) +
+              (trail.placed.size() > skip ? "and " : "") + trail.contradiction + ": so it is not " +
+              std::to_string(d) + ".";
+  return true;
+}
+
+// Every open cell and digit, cells with fewer candidates first: their assumptions break
+// soonest.
+std::vector<std::pair<int, int>> Assumptions(const Grid& g) {
+  std::vector<int> order;
+  for (int c = 0; c < Cells(g); ++c) {
+    if (!g.placed[static_cast<std::size_t>(c)]) order.push_back(c);
+  }
+  std::stable_sort(order.begin(), order.end(), [&](int x, int y) {
+    return masks::Count(g.cand[static_cast<std::size_t>(x)]) < masks::Count(g.cand[static_cast<std::size_t>(y)]);
+  });
+  std::vector<std::pair<int, int>> all;
+  for (int c : order) {
+    masks::ForEachDigit(g.cand[static_cast<std::size_t>(c)], [&](int d) { all.emplace_back(c, d); });
+  }
+  return all;
+}
+
+bool Contradiction(const Grid& g, Step& step, bool deep, Memo& memo) {
+  memo.Look(g);
+  for (const auto& [c, d] : Assumptions(g)) {
+    const bool holds = deep ? memo.DeepHolds(g, c, d, kDeepBudget) : memo.Quick(c, d) != nullptr;
+    // Followed again, with its trail, only to be told.
+    if (!holds && TestAssumption(g, c, d, deep, step, memo)) return true;
+  }
+  return false;
+}
+
+bool PropagateDeep(Grid& g, Trail& trail, int budget, Memo& memo) {
+  for (int i = 0; i < budget; ++i) {
+    if (!Propagate(g, trail)) return false;
+    if (IsSolved(g)) return true;
+    Step step;
+    if (!EasyStep(g, step, memo, kWholeGrid)) return true;
+    Apply(g, step);
+    for (const auto& [cell, digit] : step.placed) trail.placed.emplace_back(cell, digit);
+    if (IsBroken(g)) {
+      trail.contradiction = "the grid would break (" + step.technique + ")";
+      Propagate(g, trail);  // names the break when it can
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+bool ContradictionQuick(const Grid& g, Step& step, Memo& memo) { return Contradiction(g, step, false, memo); }
+bool ContradictionDeep(const Grid& g, Step& step, Memo& memo) { return Contradiction(g, step, true, memo); }
+
+}  // namespace qm::reasoning::internal

@@ -1,0 +1,291 @@
+// What the ladder's technique files share: names of cells and lines in sentences, the
+// scope a technique looks in, and the memory kept while one grid is explained. Only the
+// files of src/reasoning include it.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "reasoning/ladder.h"
+#include "solver/grid_masks.h"
+
+namespace qm::reasoning::internal {
+
+using Line = std::array<int, kMaxGridSize>;
+
+// Rows 0..n-1, then columns.
+inline Line LineCells(int n, int l) {
+  Line cells{};
+  for (int i = 0; i < n; ++i) cells[static_cast<std::size_t>(i)] = l < n ? l * n + i : i * n + (l - n);
+  return cells;
+}
+
+inline std::string LineName(int n, int l) {
+  return (l < n ? "row " : "column ") + std::to_string((l < n ? l : l - n) + 1);
+}
+
+// The cell named by its place across the line: "column 3" within a row.
+inline std::string CrossName(int n, int l, int cell) {
+  return l < n ? "column " + std::to_string(cell % n + 1) : "row " + std::to_string(cell / n + 1);
+}
+
+inline std::string Capital(std::string text) {
+  if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] = static_cast<char>(text[0] - 'a' + 'A');
+  return text;
+}
+
+// "4", "4 and 7", "1, 4 and 7".
+inline std::string List(const std::vector<std::string>& items) {
+  std::string out;
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (i > 0) out += i + 1 == items.size() ? " and " : ", ";
+    out += items[i];
+  }
+  return out;
+}
+
+// "4 and 7", or with `word` "or": "4 or 7".
+inline std::string Digits(DigitMask m, const char* word = "and") {
+  std::vector<std::string> items;
+  masks::ForEachDigit(m, [&](int d) { items.push_back(std::to_string(d)); });
+  std::string out = List(items);
+  if (std::string(word) != "and" && items.size() > 1) {
+    const auto last = out.rfind(" and ");
+    out.replace(last, 5, std::string(" ") + word + " ");
+  }
+  return out;
+}
+
+inline int DigitOf(DigitMask m) { return masks::Lowest(m); }
+
+// One digit left; masks::IsSingle counts bits, a library call on plain x86-64.
+constexpr bool Single(DigitMask m) { return m != 0 && (m & (m - 1)) == 0; }
+
+inline int Cells(const Grid& g) { return g.n * g.n; }
+
+// The part of a grid a rung of 1 to 5 looks at. Each finds its steps line by line, cell
+// by cell, sign by sign or digit by digit, so on a grid where it found nothing it can
+// find something only where cells have changed since: only there does it look again.
+struct Scope {
+  std::array<std::uint64_t, 2> cells{~std::uint64_t{0}, ~std::uint64_t{0}};
+  std::uint32_t lines = ~0u;
+  DigitMask digits = static_cast<DigitMask>(~0u);
+
+  // Where g differs from a grid on which rungs 1 to 5 found nothing.
+  static Scope Changed(const Grid& g, const Grid& quiet) {
+    Scope scope{{}, 0, 0};
+    const int n = g.n;
+    for (int r = 0, c = 0; r < n; ++r) {
+      for (int k = 0; k < n; ++k, ++c) {
+        const auto ci = static_cast<std::size_t>(c);
+        if (g.cand[ci] == quiet.cand[ci] && g.placed[ci] == quiet.placed[ci]) continue;
+        scope.cells[ci >> 6] |= std::uint64_t{1} << (ci & 63);
+        scope.lines |= 1u << r | 1u << (n + k);
+        scope.digits |= quiet.cand[ci] | g.cand[ci];
+      }
+    }
+    return scope;
+  }
+  // Adds a cell that lost or placed the digits.
+  void Add(int n, int c, DigitMask changed) {
+    cells[static_cast<std::size_t>(c >> 6)] |= std::uint64_t{1} << (c & 63);
+    lines |= 1u << (c / n) | 1u << (n + c % n);
+    digits |= changed;
+  }
+  void Add(const Scope& other) {
+    cells[0] |= other.cells[0];
+    cells[1] |= other.cells[1];
+    lines |= other.lines;
+    digits |= other.digits;
+  }
+  bool Cell(int c) const { return (cells[static_cast<std::size_t>(c >> 6)] >> (c & 63) & 1u) != 0; }
+  // Calls f(c) for the cells below `count` in the scope, in order, until f says stop.
+  template <class F>
+  bool AnyCell(int count, F&& f) const {
+    for (std::size_t w = 0; w < cells.size(); ++w) {
+      for (std::uint64_t bits = cells[w]; bits != 0; bits &= bits - 1) {
+        const int c = static_cast<int>(w * 64) + std::countr_zero(bits);
+        if (c >= count) return false;
+        if (f(c)) return true;
+      }
+    }
+    return false;
+  }
+  bool Line(int l) const { return (lines >> l & 1u) != 0; }
+  bool Digit(int d) const { return (digits & masks::Bit(d)) != 0; }
+  bool Touches(const Sign& s) const { return Cell(s.greater) || Cell(s.smaller); }
+  bool Empty() const { return lines == 0; }
+};
+inline constexpr Scope kWholeGrid{};
+inline constexpr Scope kNothing{{}, 0, 0};
+
+// What the cells of a line hold: the digits seen, seen in two cells or more, placed, and
+// placed in two cells.
+struct LineDigits {
+  DigitMask seen = 0;
+  DigitMask twice = 0;
+  DigitMask placed = 0;
+  DigitMask placedTwice = 0;
+};
+
+inline LineDigits DigestLine(const Grid& g, const Line& cells) {
+  LineDigits line;
+  for (int i = 0; i < g.n; ++i) {
+    const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+    line.twice |= line.seen & g.cand[c];
+    line.seen |= g.cand[c];
+    if (g.placed[c]) {
+      line.placedTwice |= line.placed & g.cand[c];
+      line.placed |= g.cand[c];
+    }
+  }
+  return line;
+}
+
+// Whether `found(l, cells)` holds for some line of the scope, trying them in order and
+// stopping at the first.
+template <class Found>
+bool AnyLineInScope(int n, const Scope& scope, Found&& found) {
+  for (int l = 0; l < 2 * n; ++l) {
+    if (scope.Line(l) && found(l, LineCells(n, l))) return true;
+  }
+  return false;
+}
+
+// The longest chain of cells each below the one before, from every cell: the top of a
+// chain of k cells is at least k. `down` follows signs to smaller cells, else to greater.
+struct Chains {
+  std::array<int, kMaxCells> length{};  // cells in the longest chain starting here
+  std::array<int, kMaxCells> next{};    // the chain's next cell, or -1
+};
+Chains LongestChains(const Grid& g, bool down);
+
+// Rungs 1 to 5 are the first techniques of the ladder.
+inline constexpr std::size_t kBelowChains = 13;
+
+using Cand = std::array<DigitMask, kMaxCells>;
+using Placed = std::array<bool, kMaxCells>;
+struct Topology;
+
+// What the ladder remembers while it explains one grid, whose candidates only ever
+// shrink: where each assumption led. The rules only strike, so an assumption that broke
+// the grid breaks it again, and one that held leads, on a smaller grid, to a state
+// within where it led before: that end state, narrowed to the grid and settled from the
+// cells that lost candidates, is the new one. Only what changed is followed again.
+class Memo {
+ public:
+  Memo();
+  ~Memo();
+  Memo(const Memo&) = delete;
+  Memo& operator=(const Memo&) = delete;
+
+  // Starts a search for a step on g: settles g's own candidates.
+  void Look(const Grid& g);
+  // Where c = d leads by singles and signs, or nullptr when it breaks the grid.
+  const Cand* Quick(int c, int d);
+  // Whether c = d survives rungs 1 to 5 applied in turn, as PropagateDeep does.
+  bool DeepHolds(const Grid& g, int c, int d, int budget);
+
+  // Where rung t of 1 to 5 must look on the grid: everywhere, or, when the grid is the
+  // one the last step left, only where steps changed it since the rung found nothing.
+  const Scope& Since(const Grid& g, std::size_t t) {
+    if (t == 0 && (!following_ || g.cand != after_ || g.placed != afterPlaced_)) since_.fill(kWholeGrid);
+    following_ = false;
+    return since_[t];
+  }
+  void FoundNothing(std::size_t t) { since_[t] = kNothing; }
+  // The step was applied, giving `after`; returns where it changed the grid.
+  Scope Applied(const Step& step, const Grid& after) {
+    Scope changed = kNothing;
+    for (const auto& [cell, digits] : step.removed) changed.Add(after.n, cell, digits);
+    for (const auto& [cell, digit] : step.placed) changed.Add(after.n, cell, masks::Bit(digit));
+    for (Scope& scope : since_) scope.Add(changed);
+    after_ = after.cand;
+    afterPlaced_ = after.placed;
+    following_ = true;
+    return changed;
+  }
+
+  // The grid's longest chains, worked out once for all its steps: signs never change.
+  const Chains& ChainsFor(const Grid& g, bool down) {
+    if (!chains_) chains_ = std::make_unique<std::array<Chains, 2>>(std::array{LongestChains(g, true), LongestChains(g, false)});
+    return (*chains_)[down ? 0 : 1];
+  }
+
+ private:
+  struct Entry {
+    bool quickKnown = false;
+    bool quickHolds = false;
+    bool deepKnown = false;
+    bool deepHolds = false;
+    Cand quick;
+    Cand deep;
+  };
+  struct Renewed {
+    bool holds;
+    bool changed;
+  };
+
+  Entry& At(int c, int d) { return entries_[static_cast<std::size_t>(c * (kMaxGridSize + 1) + d)]; }
+
+  // A settled state as a grid: its single cells are placed.
+  void SetCand(Grid& grid, const Cand& cand) const {
+    grid.cand = cand;
+    for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) grid.placed[x] = Single(cand[x]);
+  }
+
+  // Whether rungs 1 to 5 find nothing on the grid last looked at, g.
+  bool Quiet(const Grid& g);
+  Renewed Renew(Cand& end) const;
+
+  std::unique_ptr<Topology> topology_;
+  std::unique_ptr<std::array<Chains, 2>> chains_;  // down, up
+  std::vector<Entry> entries_;
+  int cells_ = 0;
+  bool seen_ = false;
+  Cand last_{};
+  Placed lastPlaced_{};
+  Cand base_{};
+  Placed basePlaced_{};
+  bool baseHolds_ = false;
+  enum { Unknown, Yes, No } quiet_ = Unknown;
+  std::array<Scope, kBelowChains> since_{};
+  bool following_ = false;  // the grid is after_ unless a step was taken without Applied
+  Cand after_{};
+  Placed afterPlaced_{};
+};
+
+bool AllPlaced(const Grid& g);
+// IsBroken on the lines and signs of the scope only.
+bool BrokenWithin(const Grid& g, const Scope& scope);
+
+// The techniques, one family to a file. Each fills `step` with the first it finds.
+// singles.cpp
+bool NakedSingle(const Grid& g, Step& step, const Scope& scope);
+bool HiddenSingle(const Grid& g, Step& step, const Scope& scope);
+// signs.cpp
+bool SignBesideDigit(const Grid& g, Step& step, const Scope& scope);
+bool SignChain(const Grid& g, Step& step, Memo& memo, const Scope& scope);
+bool SignBounds(const Grid& g, Step& step, const Scope& scope);
+// subsets_and_fish.cpp
+bool NakedPair(const Grid& g, Step& s, const Scope& scope);
+bool HiddenPair(const Grid& g, Step& s, const Scope& scope);
+bool NakedTriple(const Grid& g, Step& s, const Scope& scope);
+bool HiddenTriple(const Grid& g, Step& s, const Scope& scope);
+bool NakedQuad(const Grid& g, Step& s, const Scope& scope);
+bool HiddenQuad(const Grid& g, Step& s, const Scope& scope);
+bool XWing(const Grid& g, Step& s, const Scope& scope);
+bool Swordfish(const Grid& g, Step& s, const Scope& scope);
+// chains_and_contradictions.cpp
+bool ForcingChain(const Grid& g, Step& step, Memo& memo);
+bool ContradictionQuick(const Grid& g, Step& step, Memo& memo);
+bool ContradictionDeep(const Grid& g, Step& step, Memo& memo);
+
+// ladder.cpp: the first step of rungs 1 to 5 within the scope.
+bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope);
+
+}  // namespace qm::reasoning::internal

@@ -1,0 +1,234 @@
+// Rungs 4 and 5: naked and hidden pairs, triples and quads within a line, and one digit's
+// places across rows or columns (X-wing, swordfish).
+#include <string>
+#include <vector>
+
+#include "reasoning/ladder_internal.h"
+
+namespace qm::reasoning::internal {
+
+namespace {
+
+// Bits set in a mask of at most 18 bits; a table, as masks::Count, not a library call.
+constexpr int Ones(unsigned v) { return masks::kCountTable.count[v & 511u] + masks::kCountTable.count[(v >> 9) & 511u]; }
+
+// Calls f(set, union) for every set of k of the items (a bit mask of their indices) whose
+// items together have at most k bits, in increasing order of the set as a number, until
+// f says stop. A set whose first items already have too many bits is not completed.
+template <class F>
+bool ForEachSmallUnion(const unsigned* items, int count, int k, F&& f) {
+  // The highest index is chosen first, each next one below it, each in increasing order:
+  // that is the order of the sets as numbers.
+  auto pick = [&](auto& self, int need, int below, unsigned set, unsigned together) -> bool {
+    if (need == 0) return f(set, together);
+    for (int t = need - 1; t < below; ++t) {
+      const unsigned with = together | items[t];
+      if (Ones(with) > k) continue;
+      if (self(self, need - 1, t, set | 1u << t, with)) return true;
+    }
+    return false;
+  };
+  return k > 0 && k <= count && pick(pick, k, count, 0u, 0u);
+}
+
+constexpr const char* kSubsetNames[] = {"", "", "pair", "triple", "quad"};
+
+// Where each digit may go in each line (bit i: the line's i-th cell), and the digits
+// placed in each line: one pass over the cells instead of one per digit and line.
+struct Places {
+  std::array<std::array<unsigned, kMaxGridSize + 1>, 2 * kMaxGridSize> at{};
+  std::array<DigitMask, 2 * kMaxGridSize> placed{};
+  std::array<int, 2 * kMaxGridSize> open{};  // cells not placed
+};
+
+Places PlacesOf(const Grid& g) {
+  const int n = g.n;
+  Places p;
+  for (int r = 0, c = 0; r < n; ++r) {
+    for (int k = 0; k < n; ++k, ++c) {
+      const auto row = static_cast<std::size_t>(r);
+      const auto column = static_cast<std::size_t>(n + k);
+      const DigitMask m = g.cand[static_cast<std::size_t>(c)];
+      masks::ForEachDigit(m, [&](int d) {
+        p.at[row][static_cast<std::size_t>(d)] |= 1u << k;
+        p.at[column][static_cast<std::size_t>(d)] |= 1u << r;
+      });
+      if (g.placed[static_cast<std::size_t>(c)]) {
+        p.placed[row] |= m;
+        p.placed[column] |= m;
+      } else {
+        ++p.open[row];
+        ++p.open[column];
+      }
+    }
+  }
+  return p;
+}
+
+bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
+  const int n = g.n;
+  return AnyLineInScope(n, scope, [&](int l, const Line& line) {
+    std::array<int, kMaxGridSize> open{};
+    std::array<unsigned, kMaxGridSize> cand{};
+    int count = 0;
+    for (int i = 0; i < n; ++i) {
+      const int c = line[static_cast<std::size_t>(i)];
+      if (g.placed[static_cast<std::size_t>(c)]) continue;
+      open[static_cast<std::size_t>(count)] = c;
+      cand[static_cast<std::size_t>(count++)] = g.cand[static_cast<std::size_t>(c)];
+    }
+    return ForEachSmallUnion(cand.data(), count, k, [&](unsigned set, unsigned together) {
+      if (Ones(together) != k) return false;
+      const auto digits = static_cast<DigitMask>(together);
+      bool strikes = false;
+      for (int i = 0; i < count && !strikes; ++i) {
+        strikes = (set >> i & 1u) == 0 && (cand[static_cast<std::size_t>(i)] & digits) != 0;
+      }
+      if (!strikes) return false;
+      std::vector<int> members;
+      std::vector<std::pair<int, DigitMask>> removed;
+      for (int i = 0; i < count; ++i) {
+        const int c = open[static_cast<std::size_t>(i)];
+        if ((set >> i & 1u) != 0) {
+          members.push_back(c);
+        } else if ((g.cand[static_cast<std::size_t>(c)] & digits) != 0) {
+          removed.emplace_back(c, static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & digits));
+        }
+      }
+      step = {std::string("Naked ") + kSubsetNames[k], kSubsets, members, {}, removed, ""};
+      std::vector<std::string> where;
+      for (int c : members) where.push_back(std::to_string((l < n ? c % n : c / n) + 1));
+      step.text = "In " + LineName(n, l) + ", " + (l < n ? "columns " : "rows ") + List(where) +
+                  " can only hold " + Digits(digits) + " between them: no other cell of " + LineName(n, l) +
+                  " can hold " + (k == 2 ? "either" : "any of them") + ".";
+      return true;
+    });
+  });
+}
+
+bool HiddenSubset(const Grid& g, int k, Step& step, const Scope& scope) {
+  const int n = g.n;
+  if (scope.Empty()) return false;
+  const Places where = PlacesOf(g);
+  return AnyLineInScope(n, scope, [&](int l, const Line& line) {
+    const auto li = static_cast<std::size_t>(l);
+    const DigitMask placedDigits = where.placed[li];
+    if (where.open[li] <= k) return false;
+    // Where each open digit may go: never a placed cell, which holds a placed digit.
+    std::array<int, kMaxGridSize> digits{};
+    std::array<unsigned, kMaxGridSize> spots{};
+    int digitCount = 0;
+    for (int d = 1; d <= n; ++d) {
+      if ((placedDigits & masks::Bit(d)) != 0) continue;
+      digits[static_cast<std::size_t>(digitCount)] = d;
+      spots[static_cast<std::size_t>(digitCount++)] = where.at[li][static_cast<std::size_t>(d)];
+    }
+    return ForEachSmallUnion(spots.data(), digitCount, k, [&](unsigned set, unsigned cover) {
+      if (Ones(cover) != k) return false;
+      DigitMask chosen = 0;
+      for (int i = 0; i < digitCount; ++i) {
+        if ((set >> i & 1u) != 0) chosen |= masks::Bit(digits[static_cast<std::size_t>(i)]);
+      }
+      bool strikes = false;
+      for (int j = 0; j < n && !strikes; ++j) {
+        strikes = (cover >> j & 1u) != 0 && (g.cand[static_cast<std::size_t>(line[static_cast<std::size_t>(j)])] & ~chosen) != 0;
+      }
+      if (!strikes) return false;
+      std::vector<int> places;
+      std::vector<std::pair<int, DigitMask>> removed;
+      for (int j = 0; j < n; ++j) {
+        if ((cover >> j & 1u) == 0) continue;
+        const int c = line[static_cast<std::size_t>(j)];
+        places.push_back(c);
+        const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & ~chosen);
+        if (gone != 0) removed.emplace_back(c, gone);
+      }
+      step = {std::string("Hidden ") + kSubsetNames[k], kSubsets, places, {}, removed, ""};
+      std::vector<std::string> names;
+      for (int c : places) names.push_back(std::to_string((l < n ? c % n : c / n) + 1));
+      step.text = "In " + LineName(n, l) + ", " + Digits(chosen) + " fit only in " + (l < n ? "columns " : "rows ") +
+                  List(names) + ": those cells hold nothing else.";
+      return true;
+    });
+  });
+}
+
+// ---- Rung 5: one digit across rows or columns -----------------------------------------
+
+bool Fish(const Grid& g, int k, Step& step, const Scope& scope) {
+  const int n = g.n;
+  if (scope.Empty()) return false;
+  const Places where = PlacesOf(g);
+  for (int d = 1; d <= n; ++d) {
+    if (!scope.Digit(d)) continue;
+    for (const bool byRows : {true, false}) {
+      // For each base line (rows, or columns), the cross positions where d may go.
+      std::array<int, kMaxGridSize> bases{};
+      std::array<unsigned, kMaxGridSize> spots{};
+      int count = 0;
+      for (int b = 0; b < n; ++b) {
+        const auto l = static_cast<std::size_t>(byRows ? b : n + b);
+        const unsigned spot = where.at[l][static_cast<std::size_t>(d)];
+        const bool placed = (where.placed[l] & masks::Bit(d)) != 0;
+        const int places = Ones(spot);
+        if (!placed && places >= 2 && places <= k) {
+          bases[static_cast<std::size_t>(count)] = b;
+          spots[static_cast<std::size_t>(count++)] = spot;
+        }
+      }
+      const bool found = ForEachSmallUnion(spots.data(), count, k, [&](unsigned set, unsigned cover) {
+        if (Ones(cover) != k) return false;
+        unsigned chosen = 0;  // the base lines, as bits
+        for (int i = 0; i < count; ++i) {
+          if ((set >> i & 1u) != 0) chosen |= 1u << bases[static_cast<std::size_t>(i)];
+        }
+        std::vector<std::pair<int, DigitMask>> removed;
+        std::vector<int> cells;
+        for (int i = 0; i < n; ++i) {
+          if ((cover >> i & 1u) == 0) continue;
+          for (int b = 0; b < n; ++b) {
+            const int c = byRows ? b * n + i : i * n + b;
+            if ((g.cand[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) continue;
+            if ((chosen >> b & 1u) != 0) {
+              cells.push_back(c);
+            } else if (!g.placed[static_cast<std::size_t>(c)]) {
+              removed.emplace_back(c, masks::Bit(d));
+            }
+          }
+        }
+        if (removed.empty()) return false;
+        step = {k == 2 ? "X-wing" : "Swordfish", kFish, cells, {}, removed, ""};
+        std::vector<std::string> baseNames;
+        std::vector<std::string> coverNames;
+        for (int b = 0; b < n; ++b) {
+          if ((chosen >> b & 1u) != 0) baseNames.push_back(std::to_string(b + 1));
+        }
+        for (int i = 0; i < n; ++i) {
+          if ((cover >> i & 1u) != 0) coverNames.push_back(std::to_string(i + 1));
+        }
+        const std::string base = byRows ? "rows " : "columns ";
+        const std::string across = byRows ? "columns " : "rows ";
+        step.text = "In " + base + List(baseNames) + ", " + std::to_string(d) + " fits only in " + across +
+                    List(coverNames) + ": each of those " + (byRows ? "columns" : "rows") + " gets its " +
+                    std::to_string(d) + " there, so " + std::to_string(d) + " leaves the rest of " + across +
+                    List(coverNames) + ".";
+        return true;
+      });
+      if (found) return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+bool NakedPair(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 2, s, scope); }
+bool HiddenPair(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 2, s, scope); }
+bool NakedTriple(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 3, s, scope); }
+bool HiddenTriple(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 3, s, scope); }
+bool NakedQuad(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 4, s, scope); }
+bool HiddenQuad(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 4, s, scope); }
+bool XWing(const Grid& g, Step& s, const Scope& scope) { return Fish(g, 2, s, scope); }
+bool Swordfish(const Grid& g, Step& s, const Scope& scope) { return Fish(g, 3, s, scope); }
+
+}  // namespace qm::reasoning::internal
