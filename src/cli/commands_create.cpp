@@ -253,9 +253,10 @@ void RegisterCreateCommands(CLI::App& app, CommandList& commands, bool& json) {
   create->add_option("--out", args->out, "Collection file to append to (required without --display)");
   create->add_option("--seed", args->seed, "Seed of the random generator: the same request writes the same puzzles")
       ->check(SeedCheck());
-  create->add_option("--min-grade", args->minGrade, "Keep only puzzles graded at least this (1..8 or a grade name)")
+  const std::string levels = "1.." + std::to_string(reasoning::kTopRung) + " or a grade name";
+  create->add_option("--min-grade", args->minGrade, "Keep only puzzles graded at least this (" + levels + ")")
       ->transform(CLI::Validator(GradeLevelOption, "LEVEL"));
-  create->add_option("--max-grade", args->maxGrade, "Keep only puzzles graded at most this (1..8 or a grade name)")
+  create->add_option("--max-grade", args->maxGrade, "Keep only puzzles graded at most this (" + levels + ")")
       ->transform(CLI::Validator(GradeLevelOption, "LEVEL"));
   create->add_option("--shard", args->shard,
                      "Make only shard I of N: puzzles I, I+N, I+2N, ... of the request, numbered as in one run")

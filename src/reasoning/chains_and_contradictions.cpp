@@ -252,6 +252,11 @@ bool Settle(const Topology& t, Cand& cand, Placed& placed, Pending& todo) {
 Memo::Memo() = default;
 Memo::~Memo() = default;
 
+Memo& Memo::Nested() {
+  if (!nested_) nested_ = std::make_unique<Memo>();
+  return *nested_;
+}
+
 // Starts a search for a step on g: settles g's own candidates.
 void Memo::Look(const Grid& g) {
   if (!topology_ || topology_->n != g.n) {
@@ -515,5 +520,58 @@ bool PropagateDeep(Grid& g, Trail& trail, int budget, Memo& memo) {
 
 bool ContradictionQuick(const Grid& g, Step& step, Memo& memo) { return Contradiction(g, step, false, memo); }
 bool ContradictionDeep(const Grid& g, Step& step, Memo& memo) { return Contradiction(g, step, true, memo); }
+
+// ---- Rung 8: contradiction with the whole ladder inside the assumption ----------------
+
+namespace {
+
+// Steps of rungs 1 to 7 followed within one assumption, and within all the assumptions
+// tried for one step: the rung gives up rather than take seconds.
+constexpr int kNestedSteps = 200;
+constexpr int kNestedBudget = 2000;
+
+// Follows c = d with rungs 1 to 7 until the grid breaks (true, with the digits placed on
+// the way and the break in trail), the ladder stops or the budget runs out.
+bool BreaksUnderLadder(const Grid& g, int c, int d, Memo& inner, int& budget, Trail& trail) {
+  Grid trial = g;
+  trial.cand[static_cast<std::size_t>(c)] = masks::Bit(d);
+  for (int i = 0; i < kNestedSteps && budget > 0; ++i, --budget) {
+    if (AllPlaced(trial)) return false;
+    Step step;
+    if (!StepBelowMaster(trial, step, inner)) return false;
+    Apply(trial, step);
+    for (const auto& [cell, digit] : step.placed) trail.placed.emplace_back(cell, digit);
+    if (BrokenWithin(trial, inner.Applied(step, trial))) {
+      // Singles and signs name the break: most often a cell with no digit left.
+      Trail end;
+      trail.contradiction = Propagate(trial, end) ? "the grid would break (" + step.technique + ")" : end.contradiction;
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+bool NestedContradiction(const Grid& g, Step& step, Memo& memo) {
+  memo.Look(g);
+  int budget = kNestedBudget;
+  for (const auto& [c, d] : Assumptions(g)) {
+    if (budget <= 0) break;
+    Trail trail;
+    if (!BreaksUnderLadder(g, c, d, memo.Nested(), budget, trail)) continue;
+    step = {"Nested contradiction", kMaster, {c}, {}, {{c, masks::Bit(d)}}, ""};
+    for (const auto& [cell, digit] : trail.placed) {
+      if (cell != c && step.cells.size() < 8) step.cells.push_back(cell);
+    }
+    const std::size_t skip = !trail.placed.empty() && trail.placed[0].first == c ? 1 : 0;
+    step.text = "If " + CellName(g.n, c) + " were " + std::to_string(d) +
+                ", then, with every rung up to contradictions followed inside that assumption, " +
+                TrailText(g.n, trail, skip) + (trail.placed.size() > skip ? "and " : "") + trail.contradiction +
+                ": so it is not " + std::to_string(d) + ".";
+    return true;
+  }
+  return false;
+}
 
 }  // namespace qm::reasoning::internal

@@ -15,9 +15,10 @@ using namespace internal;
 
 namespace {
 
-constexpr const char* kRungNames[] = {"Solved", "Gentle", "Easy",   "Moderate",    "Tough",
-                                      "Hard",   "Fiendish", "Expert", "Needs search"};
-constexpr double kRungWeights[] = {0, 1, 2, 3, 5, 8, 13, 21, 34};
+constexpr const char* kRungNames[] = {"Solved", "Gentle",   "Easy",   "Moderate", "Tough",
+                                      "Hard",   "Fiendish", "Expert", "Master",   "Needs search"};
+constexpr double kRungWeights[] = {0, 1, 2, 3, 5, 8, 13, 21, 34, 55};
+static_assert(std::size(kRungNames) == kTopRung + 1 && std::size(kRungWeights) == kTopRung + 1);
 
 using Technique = bool (*)(const Grid&, Step&, Memo&, const Scope&);
 
@@ -27,7 +28,7 @@ bool Easy(const Grid& g, Step& step, Memo&, const Scope& scope) {
   return Find(g, step, scope);
 }
 
-// Rungs 6 and 7 look at the whole grid.
+// Rungs 6 to 8 look at the whole grid.
 template <bool (*Find)(const Grid&, Step&, Memo&)>
 bool Whole(const Grid& g, Step& step, Memo& memo, const Scope&) {
   return Find(g, step, memo);
@@ -54,8 +55,11 @@ constexpr NamedTechnique kLadder[] = {{"Naked single", Easy<NakedSingle>},
                                       {"Swordfish", Easy<Swordfish>},
                                       {"Forcing chain", Whole<ForcingChain>},
                                       {"Contradiction", Whole<ContradictionQuick>},
-                                      {"Deep contradiction", Whole<ContradictionDeep>}};
+                                      {"Deep contradiction", Whole<ContradictionDeep>},
+                                      {"Nested contradiction", Whole<NestedContradiction>}};
 static_assert(kLadder[kBelowChains].name == "Forcing chain");
+// Inside an assumption of rung 8 the ladder climbs no higher than rung 7.
+constexpr std::size_t kBelowMaster = std::size(kLadder) - 1;
 
 }  // namespace
 
@@ -68,8 +72,8 @@ bool internal::EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scop
 
 namespace {
 
-bool NextStep(const Grid& grid, Step& step, Memo& memo) {
-  for (std::size_t t = 0; t < std::size(kLadder); ++t) {
+bool NextStep(const Grid& grid, Step& step, Memo& memo, std::size_t techniques = std::size(kLadder)) {
+  for (std::size_t t = 0; t < techniques; ++t) {
     if (t >= kBelowChains) {
       if (kLadder[t].find(grid, step, memo, kWholeGrid)) return true;
       continue;
@@ -82,6 +86,8 @@ bool NextStep(const Grid& grid, Step& step, Memo& memo) {
 }
 
 }  // namespace
+
+bool internal::StepBelowMaster(const Grid& g, Step& step, Memo& memo) { return NextStep(g, step, memo, kBelowMaster); }
 
 std::string RungName(int rung) { return kRungNames[std::clamp(rung, 0, kTopRung)]; }
 double RungWeight(int rung) { return kRungWeights[std::clamp(rung, 0, kTopRung)]; }

@@ -29,7 +29,8 @@ enum Rung : int {
   kFish = 5,           // one digit's places across rows or columns: X-wing, swordfish
   kForcing = 6,        // both digits of a two-candidate cell lead to the same result
   kContradiction = 7,  // a digit that leads to a contradiction is struck
-  kNeedsSearch = 8,    // the ladder stalls: the rest needs a search
+  kMaster = 8,         // the same, following rungs 1 to 7 inside the assumption
+  kNeedsSearch = 9,    // the ladder stalls: the rest needs a search
 };
 inline constexpr int kTopRung = kNeedsSearch;
 

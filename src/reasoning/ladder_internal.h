@@ -210,6 +210,9 @@ class Memo {
     return changed;
   }
 
+  // The memory of the ladder followed inside one assumption, kept for the next.
+  Memo& Nested();
+
   // The grid's longest chains, worked out once for all its steps: signs never change.
   const Chains& ChainsFor(const Grid& g, bool down) {
     if (!chains_) chains_ = std::make_unique<std::array<Chains, 2>>(std::array{LongestChains(g, true), LongestChains(g, false)});
@@ -244,6 +247,7 @@ class Memo {
 
   std::unique_ptr<Topology> topology_;
   std::unique_ptr<std::array<Chains, 2>> chains_;  // down, up
+  std::unique_ptr<Memo> nested_;
   std::vector<Entry> entries_;
   int cells_ = 0;
   bool seen_ = false;
@@ -284,8 +288,11 @@ bool Swordfish(const Grid& g, Step& s, const Scope& scope);
 bool ForcingChain(const Grid& g, Step& step, Memo& memo);
 bool ContradictionQuick(const Grid& g, Step& step, Memo& memo);
 bool ContradictionDeep(const Grid& g, Step& step, Memo& memo);
+bool NestedContradiction(const Grid& g, Step& step, Memo& memo);
 
 // ladder.cpp: the first step of rungs 1 to 5 within the scope.
 bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope);
+// The first step of rungs 1 to 7: the ladder as it is followed inside an assumption.
+bool StepBelowMaster(const Grid& g, Step& step, Memo& memo);
 
 }  // namespace qm::reasoning::internal

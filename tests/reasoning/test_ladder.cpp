@@ -260,5 +260,111 @@ TEST(Ladder, FinishesWhatTheSixTechniquesFinishAndGrades) {
   for (int c = 0; c < 16; ++c) EXPECT_TRUE(masks::IsSingle(stalled.final.cand[static_cast<std::size_t>(c)]));
 }
 
+// The search's solution of a unique puzzle, cell by cell from 0.
+std::vector<int> SolutionOf(const PuzzleModel& m) {
+  const SolutionCount found = CountSolutions(m, 2);
+  EXPECT_EQ(found.count, 1);
+  std::vector<int> square;
+  for (int c = 0; c < m.GridSize * m.GridSize; ++c) {
+    square.push_back(found.first[static_cast<std::size_t>(CellPosition(m, c / m.GridSize + 1, c % m.GridSize + 1))][0] - '0');
+  }
+  return square;
+}
+
+void ExpectStepsKeep(const Explanation& result, const std::vector<int>& square, const std::string& what) {
+  for (const Step& step : result.steps) {
+    for (const auto& [cell, digit] : step.placed) {
+      ASSERT_EQ(digit, square[static_cast<std::size_t>(cell)]) << what << ": " << step.text;
+    }
+    for (const auto& [cell, digits] : step.removed) {
+      ASSERT_EQ(digits & masks::Bit(square[static_cast<std::size_t>(cell)]), 0) << what << ": " << step.text;
+    }
+  }
+}
+
+TEST(Ladder, RungsClimbInOrderAndEndWithTheSearch) {
+  const std::vector<std::string> names = {"Solved", "Gentle", "Easy",   "Moderate", "Tough",
+                                          "Hard",   "Fiendish", "Expert", "Master",  "Needs search"};
+  ASSERT_EQ(static_cast<int>(names.size()), kTopRung + 1);
+  for (int rung = 0; rung <= kTopRung; ++rung) EXPECT_EQ(RungName(rung), names[static_cast<std::size_t>(rung)]);
+  EXPECT_EQ(kMaster, kContradiction + 1);
+  EXPECT_EQ(kNeedsSearch, kTopRung);
+  for (int rung = 1; rung < kTopRung; ++rung) EXPECT_LT(RungWeight(rung), RungWeight(rung + 1)) << rung;
+}
+
+// Puzzles stripped of every clue and sign the search lets go, which rungs 1 to 7 leave
+// unfinished: the nested contradictions finish them, each step true, and only once the
+// rungs below have nothing to say.
+TEST(Ladder, MasterFinishesWhatContradictionsLeave) {
+  const std::string file = std::string(QUILLMERE_BENCH_DATA) + "master9x9.fut";
+  ASSERT_GE(CountPuzzles(file), 18);
+  PuzzleModel m;
+  for (const int i : {17, 18}) {  // the quickest two of the set
+    ASSERT_FALSE(LoadPuzzle(m, file, i).notFound);
+    const std::vector<int> square = SolutionOf(m);
+    ExplainOptions options;
+    options.keepGrids = true;
+    const Grid start = GridFromModel(m);
+    const Explanation result = Explain(start, options);
+    EXPECT_TRUE(result.solved) << i;
+    EXPECT_EQ(result.grade.level, kMaster);
+    EXPECT_EQ(result.grade.name, "Master");
+    ExpectStepsKeep(result, square, "puzzle " + std::to_string(i));
+    int masters = 0;
+    for (std::size_t s = 0; s < result.steps.size(); ++s) {
+      const Step& step = result.steps[s];
+      if (step.level != kMaster) continue;
+      ++masters;
+      if (masters == 1) {
+        const Grid& before = s == 0 ? start : result.after[s - 1];
+        Step lower;
+        EXPECT_FALSE(TryTechnique(before, "Deep contradiction", lower)) << lower.text;
+        EXPECT_FALSE(TryTechnique(before, "Forcing chain", lower)) << lower.text;
+      }
+      // One digit struck from the assumed cell, told in one sentence.
+      ASSERT_EQ(step.removed.size(), 1u);
+      const auto [cell, digits] = step.removed[0];
+      ASSERT_TRUE(masks::IsSingle(digits));
+      const std::string digit = std::to_string(masks::Lowest(digits));
+      EXPECT_EQ(step.cells[0], cell);
+      const std::string opening = "If " + CellName(9, cell) + " were " + digit +
+                                  ", then, with every rung up to contradictions followed inside that assumption, ";
+      EXPECT_EQ(step.text.rfind(opening, 0), 0u) << step.text;
+      EXPECT_TRUE(step.text.ends_with(": so it is not " + digit + ".")) << step.text;
+      EXPECT_EQ(std::count(step.text.begin(), step.text.end(), '.'), 1) << step.text;  // "…" is not a full stop
+    }
+    EXPECT_GT(masters, 0) << i;
+  }
+}
+
+// Random puzzles made as hard as the search allows, every size: every step of every rung
+// keeps the true solution, and the ladder finishes them all.
+TEST(Ladder, StrippedPuzzlesKeepTheTrueSolution) {
+  std::mt19937 random(2026);
+  std::array<int, kTopRung + 1> grades{};
+  for (int puzzles = 0; puzzles < 60;) {
+    const int n = 4 + puzzles % 3;
+    PuzzleModel m;
+    std::vector<int> square;
+    if (!RandomUniquePuzzle(random, n, m, square)) continue;
+    ++puzzles;
+    std::vector<int> given;
+    for (int k = 0; k <= m.LastPosition; ++k) {
+      if (!m.PosText[k].empty() && KindOf(m, k) != PositionKind::Corner) given.push_back(k);
+    }
+    std::shuffle(given.begin(), given.end(), random);
+    for (const int k : given) {
+      const std::string text = m.PosText[k];
+      m.PosText[k].clear();
+      if (CountSolutions(m, 2).count != 1) m.PosText[k] = text;
+    }
+    const Explanation result = Explain(GridFromModel(m));
+    EXPECT_TRUE(result.solved) << "puzzle " << puzzles;
+    ExpectStepsKeep(result, square, "puzzle " + std::to_string(puzzles));
+    ++grades[static_cast<std::size_t>(result.grade.level)];
+  }
+  EXPECT_GT(grades[kContradiction], 0);
+}
+
 }  // namespace
 }  // namespace qm::reasoning
