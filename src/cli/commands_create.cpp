@@ -35,13 +35,17 @@ struct CreateArgs {
   std::string stamp;
   std::string shard;  // "I/N"
   int minGrade = 0;
-  int maxGrade = reasoning::kTopRung;
+  int maxGrade = 0;
+  int grade = 0;
+  std::string grades;  // "NAME:K,NAME:K"
+  std::string symmetry = "none";
+  bool noMinimal = false;
+  int minSigns = 20;
+  int tries = 0;
+  // Which options the command line gave.
+  CLI::Option* countGiven = nullptr;
+  CLI::Option* cluesGiven = nullptr;
 };
-
-// Keeps to the grade range, but never forever: a range the size and clue rule cannot
-// reach would make puzzles without end, so past this many refusals in a row every
-// puzzle is kept and the command says the range was not met.
-constexpr long kMaxGradeRefusals = 2000;
 
 std::string Lower(std::string_view text) {
   std::string lower(text);
@@ -121,6 +125,9 @@ Json PuzzleListJson(const BatchResult& result) {
                     {"clues", puzzle.clues},
                     {"level", LevelNames[static_cast<std::size_t>(puzzle.level)]},
                     {"title", Cp1252ToUtf8(puzzle.title)}});
+    if (puzzle.grade > 0) {
+      list.back()["grade"] = {{"level", puzzle.grade}, {"name", reasoning::RungName(puzzle.grade)}, {"score", puzzle.score}};
+    }
   }
   return list;
 }
@@ -140,30 +147,98 @@ int PrintDisplayed(Output& output, PuzzleModel& model, const CreatedPuzzle& puzz
 }
 
 // A grade level by number or by name ("tough"), as the option's value.
-std::string GradeLevelOption(std::string& value) {
-  for (int level = 1; level <= reasoning::kTopRung; ++level) {
-    if (value == std::to_string(level) || Lower(value) == Lower(reasoning::RungName(level))) {
-      value = std::to_string(level);
-      return "";
-    }
+int GradeLevel(const std::string& value) {
+  for (int level = reasoning::kSingles; level <= reasoning::kTopRung; ++level) {
+    if (value == std::to_string(level) || Lower(value) == Lower(reasoning::RungName(level))) return level;
   }
-  return "grade level must be 1.." + std::to_string(reasoning::kTopRung) + " or a grade name";
+  return 0;
+}
+
+std::string GradeLevelOption(std::string& value) {
+  const int level = GradeLevel(value);
+  if (level == 0) return "grade level must be 1.." + std::to_string(reasoning::kTopRung) + " or a grade name";
+  value = std::to_string(level);
+  return "";
+}
+
+// "Gentle:10,Tough:10": the bands of a graded mix, in order; throws UsageError.
+std::vector<GradeBand> ReadGradeMix(const std::string& mix) {
+  std::vector<GradeBand> bands;
+  std::size_t start = 0;
+  while (start <= mix.size()) {
+    const std::size_t comma = std::min(mix.find(',', start), mix.size());
+    const std::string part = mix.substr(start, comma - start);
+    const std::size_t colon = part.rfind(':');
+    int count = 0;
+    const int level = colon == std::string::npos ? 0 : GradeLevel(part.substr(0, colon));
+    if (level == 0 || !WholeNumber(std::string_view(part).substr(colon + 1), count) || count < 0) {
+      throw UsageError{"--grades must be NAME:K,NAME:K,... with grade names and counts, got \"" + part + "\""};
+    }
+    bands.push_back({level, level, count});
+    start = comma + 1;
+  }
+  return bands;
+}
+
+bool GradedRequest(const CreateArgs& args) {
+  return args.minGrade > 0 || args.maxGrade > 0 || args.grade > 0 || !args.grades.empty();
 }
 
 int RunCreate(Output& output, const CreateArgs& args) {
-  if (args.minGrade > args.maxGrade) throw UsageError{"--min-grade is above --max-grade"};
-  if (args.display && args.count != 1) throw UsageError{"--display makes one puzzle: --count must be 1"};
+  const bool graded = GradedRequest(args);
+  int minGrade = args.grade > 0 ? args.grade : args.minGrade > 0 ? args.minGrade : reasoning::kSingles;
+  int maxGrade = args.grade > 0 ? args.grade : args.maxGrade > 0 ? args.maxGrade : reasoning::kTopRung;
+  if (args.grade > 0 && (args.minGrade > 0 || args.maxGrade > 0)) {
+    throw UsageError{"--grade sets both bounds: it cannot go with --min-grade or --max-grade"};
+  }
+  if (minGrade > maxGrade) throw UsageError{"--min-grade is above --max-grade"};
+  GradedBatch gradedBatch;
+  int count = args.count;
+  if (!args.grades.empty()) {
+    if (args.grade > 0 || args.minGrade > 0 || args.maxGrade > 0) {
+      throw UsageError{"--grades names the grade of every puzzle: it cannot go with --grade, --min-grade or --max-grade"};
+    }
+    gradedBatch.bands = ReadGradeMix(args.grades);
+    count = 0;
+    for (const GradeBand& band : gradedBatch.bands) count += band.count;
+    if (args.countGiven != nullptr && args.countGiven->count() > 0 && count != args.count) {
+      throw UsageError{"--grades makes " + std::to_string(count) + " puzzles, but --count asks for " +
+                       std::to_string(args.count)};
+    }
+  } else if (graded) {
+    gradedBatch.bands.push_back({minGrade, maxGrade, count});
+  }
+  if (!graded && (args.symmetry != "none" || args.noMinimal || args.minSigns != 20 || args.tries != 0)) {
+    throw UsageError{"--symmetry, --no-minimal, --min-signs and --tries go with a grade option"};
+  }
+  gradedBatch.minimal = !args.noMinimal;
+  gradedBatch.minSignsPercent = args.minSigns;
+  gradedBatch.maxTries = args.tries;
+  if (args.display && count != 1) throw UsageError{"--display makes one puzzle: --count must be 1"};
   if (!args.display && args.out.empty()) throw UsageError{"--out FILE is required unless --display is given"};
 
   CreationOptions options;
-  options.count = std::to_string(args.count);
+  options.count = std::to_string(count);
   options.displayOne = args.display;
   options.size = CheckSize(args.size).empty() && Lower(args.size) == Lower(kRandomSize) ? kRandomSize : args.size;
-  ReadClueRule(args.clues, options);
+  // Graded creation without a clue rule lets the reduction choose the clues.
+  const bool cluesGiven = args.cluesGiven != nullptr && args.cluesGiven->count() > 0;
+  ReadClueRule(cluesGiven ? args.clues : graded ? "random" : "level:Easy", options);
   options.title = Utf8ToCp1252(args.title);
   options.outputFile = args.out;
   const CreationValidation validation = ValidateCreationOptions(options);
   if (!validation.Accepted()) return Fail(output, validation.message);
+  CreationSettings settings = validation.settings;
+  settings.symmetry = args.symmetry == "rotate" ? GradedSymmetry::Rotate
+                      : args.symmetry == "mirror" ? GradedSymmetry::Mirror
+                                                  : GradedSymmetry::None;
+  if (graded) {
+    // A rule and a grade that cannot go together are named before anything is made.
+    for (const GradeBand& band : gradedBatch.bands) {
+      const std::string conflict = GradedConflictFor(settings, band.minGrade, band.maxGrade, args.minSigns);
+      if (!conflict.empty()) return Fail(output, conflict);
+    }
+  }
 
   PuzzleModel model;
   HeadlessPort port;
@@ -184,24 +259,10 @@ int RunCreate(Output& output, const CreateArgs& args) {
     throw UsageError{"--count: record numbers up to " + std::to_string(lastNumber) + " would not fit (largest " +
                      std::to_string(std::numeric_limits<int>::max()) + ")"};
   }
-  const bool graded = args.minGrade > 0 || args.maxGrade < reasoning::kTopRung;
-  auto refusals = std::make_shared<std::atomic<long>>(0);
-  auto outside = std::make_shared<std::atomic<int>>(0);
-  if (graded) {
-    batch.accept = [&args, refusals, outside](const PuzzleModel& puzzle) {
-      const int level = reasoning::ExplainModel(puzzle).grade.level;
-      if (level >= args.minGrade && level <= args.maxGrade) {
-        refusals->store(0);
-        return true;
-      }
-      if (refusals->fetch_add(1) < kMaxGradeRefusals) return false;
-      ++*outside;
-      return true;
-    };
-    batch.titleNote = [](const PuzzleModel& puzzle) { return reasoning::ExplainModel(puzzle).grade.name; };
-  }
+  batch.graded = gradedBatch;
   RunControl run(model, port);
-  const BatchResult result = CreatePuzzles(model, run, generator, validation.settings, batch);
+  const BatchResult result = CreatePuzzles(model, run, generator, settings, batch);
+  if (args.display && result.puzzles.empty()) return Fail(output, result.message);
   if (args.display && !result.puzzles.empty()) return PrintDisplayed(output, model, result.puzzles.front(), result);
 
   const Json known = {{"added", result.added},
@@ -215,19 +276,16 @@ int RunCreate(Output& output, const CreateArgs& args) {
                      " made before the failure " + (result.added == 1 ? "was" : "were") + " kept in " + args.out;
     return Fail(output, port.messages.front(), failed);
   }
-  if (*outside > 0) {
-    return Fail(output, "The grade range was not met: " + std::to_string(outside->load()) +
-                            " puzzles lie outside it (no puzzle within it came in " +
-                            std::to_string(kMaxGradeRefusals) + " tries)", known);
-  }
+  if (!result.shortfall.empty()) return Fail(output, result.message, known);
   if (output.json) {
     PrintJson(output, known);
     return kExitOk;
   }
   for (const CreatedPuzzle& puzzle : result.puzzles) {
     output.out << "#" << puzzle.number << "  " << puzzle.size << "x" << puzzle.size << ", " << puzzle.signs
-               << " signs, " << puzzle.clues << " clues, " << LevelNames[static_cast<std::size_t>(puzzle.level)]
-               << ": " << Cp1252ToUtf8(puzzle.title) << '\n';
+               << " signs, " << puzzle.clues << " clues, " << LevelNames[static_cast<std::size_t>(puzzle.level)];
+    if (puzzle.grade > 0) output.out << ", graded " << reasoning::RungName(puzzle.grade) << " (score " << puzzle.score << ")";
+    output.out << ": " << Cp1252ToUtf8(puzzle.title) << '\n';
   }
   output.out << result.message << '\n';
   return kExitOk;
@@ -241,23 +299,42 @@ void RegisterCreateCommands(CLI::App& app, CommandList& commands, bool& json) {
       RunCreate);
   create->add_option("--size", args->size, "Grid size 3..9, or Random for a size drawn per puzzle (default 5)")
       ->check(CheckSize);
-  create->add_option("--clues", args->clues,
+  args->cluesGiven = create->add_option("--clues", args->clues,
                      "Clue rule: none, fixed:D, exactly:N, upto:N, level:VeryHard|Hard|Easy|VeryEasy or random "
-                     "(default level:Easy)")
+                     "(default level:Easy; graded: the reduction chooses)")
       ->type_name("RULE")
       ->check(CheckClueRule);
-  create->add_option("--count", args->count, "Number of puzzles (default 1)");
+  args->countGiven = create->add_option("--count", args->count, "Number of puzzles (default 1)");
   create->add_flag("--display", args->display, "Make one puzzle and print it; nothing is written");
   create->add_option("--title", args->title, "Title of every puzzle (default: Auto (level) date time)")
       ->check(CheckCommentText);
   create->add_option("--out", args->out, "Collection file to append to (required without --display)");
   create->add_option("--seed", args->seed, "Seed of the random generator: the same request writes the same puzzles")
       ->check(SeedCheck());
-  const std::string levels = "1.." + std::to_string(reasoning::kTopRung) + " or a grade name";
-  create->add_option("--min-grade", args->minGrade, "Keep only puzzles graded at least this (" + levels + ")")
+  const std::string levels = "(1.." + std::to_string(reasoning::kTopRung) + " or a grade name)";
+  create->add_option("--min-grade", args->minGrade,
+                     "Creation by grade: every puzzle unique by the exact search and graded at least this " + levels)
       ->transform(CLI::Validator(GradeLevelOption, "LEVEL"));
-  create->add_option("--max-grade", args->maxGrade, "Keep only puzzles graded at most this (" + levels + ")")
+  create->add_option("--max-grade", args->maxGrade, "Creation by grade: graded at most this " + levels)
       ->transform(CLI::Validator(GradeLevelOption, "LEVEL"));
+  create->add_option("--grade", args->grade, "Creation by grade: graded exactly this " + levels)
+      ->transform(CLI::Validator(GradeLevelOption, "LEVEL"));
+  create->add_option("--grades", args->grades,
+                     "Creation by grade, a mix made in order, such as \"Gentle:10,Tough:10,Expert:10\" (sets the count)")
+      ->type_name("MIX");
+  create->add_option("--symmetry", args->symmetry,
+                     "Graded: clue cells and sign pattern symmetric under a half-turn (rotate) or a left-right "
+                     "mirror (default none)")
+      ->check(CLI::IsMember({"none", "rotate", "mirror"}));
+  create->add_flag("--no-minimal", args->noMinimal,
+                   "Graded: from Tough up, keep givens that could go (default: no single clue or sign can go)");
+  create->add_option("--min-signs", args->minSigns,
+                     "Graded, below Tough: at least P % of the sign slots keep a sign (default 20)")
+      ->type_name("P")
+      ->check(CLI::Range(0, 100));
+  create->add_option("--tries", args->tries,
+                     "Graded: tries per puzzle before the command gives up (default 4000 up to 5x5, else 1000)")
+      ->check(CLI::Range(1, 10000000));
   create->add_option("--shard", args->shard,
                      "Make only shard I of N: puzzles I, I+N, I+2N, ... of the request, numbered as in one run")
       ->type_name("I/N")

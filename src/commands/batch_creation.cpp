@@ -9,6 +9,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <thread>
 
@@ -18,6 +19,7 @@
 #include "core/rule_checks.h"
 #include "core/text_rules.h"
 #include "generator/solution_builder.h"
+#include "reasoning/ladder.h"
 
 namespace qm {
 
@@ -33,9 +35,21 @@ struct BatchPlan {
   std::function<bool(const PuzzleModel&)> accept;
   int shardIndex = 1;
   int shardCount = 1;
+  // Creation by grade when it has bands.
+  GradedBatch graded;
+  GradedSymmetry symmetry = GradedSymmetry::None;
   // The batch's j-th puzzle is puzzle Index(j) of the whole request.
   // Wide: the last shard's index may lie near the top of int.
   long long Index(int j) const { return shardIndex + static_cast<long long>(j - 1) * shardCount; }
+  bool Graded() const { return !graded.bands.empty(); }
+  // The band of puzzle i of the whole request.
+  const GradeBand& BandOf(long long i) const {
+    for (const GradeBand& band : graded.bands) {
+      if (i <= band.count) return band;
+      i -= band.count;
+    }
+    return graded.bands.back();
+  }
 };
 
 std::string SizeText(int n) { return std::to_string(n) + "x" + std::to_string(n); }
@@ -84,7 +98,59 @@ struct FinishedPuzzle {
   int clueCount = 0;
   int signCount = 0;
   int level = 0;
+  // Graded creation: the grade, and the puzzle's form up to the grid's symmetries; or
+  // why no puzzle came.
+  int grade = 0;
+  double score = 0;
+  std::string key;
+  bool failed = false;
+  bool cancelled = false;
+  std::string reason;
 };
+
+// Graded puzzle i of the batch from its own stream; a later attempt (a remake of a
+// puzzle that came out the same as an earlier one) from a stream of its own.
+FinishedPuzzle MakeGradedPuzzle(const BatchPlan& plan, int i, int attempt, const std::atomic<bool>* cancel) {
+  const int whole = plan.Index(i);
+  std::uint64_t seed = PuzzleStreamSeed(plan.base, whole);
+  if (attempt > 0) seed = PuzzleStreamSeed(seed, attempt);
+  const int n = plan.gridSize != 0 ? plan.gridSize
+                                   : kMinGridSize + static_cast<int>(PuzzleStreamSeed(seed, 0) %
+                                                                     (kMaxGridSize - kMinGridSize + 1));
+  const GradeBand& band = plan.BandOf(whole);
+  GradedOptions options;
+  options.size = n;
+  options.minGrade = band.minGrade;
+  options.maxGrade = band.maxGrade;
+  options.clues = GradedCluesFor(plan.clueSpec, plan.level, n);
+  options.symmetry = plan.symmetry;
+  options.minimal = plan.graded.minimal;
+  options.minSignsPercent = plan.graded.minSignsPercent;
+  options.maxTries = plan.graded.maxTries;
+  const GradedResult made = CreateGraded(options, seed, cancel);
+  FinishedPuzzle puzzle;
+  puzzle.size = n;
+  if (!made.made) {
+    puzzle.failed = true;
+    puzzle.cancelled = made.cancelled;
+    puzzle.reason = made.reason;
+    return puzzle;
+  }
+  PuzzleModel model;
+  LoadGraded(model, made.puzzle);
+  puzzle.texts = model.PosText;
+  puzzle.given = model.GivenValue;
+  puzzle.solution = model.SolutionText;
+  // The level reads the clue count as the usual creation counts it: a single fixed
+  // clue does not count.
+  puzzle.clueCount = options.clues.kind == GradedClueRule::Kind::Fixed ? 0 : made.puzzle.ClueCount();
+  puzzle.signCount = made.puzzle.SignCount();
+  puzzle.level = LevelForClues(model, n, puzzle.clueCount);
+  puzzle.grade = made.grade;
+  puzzle.score = made.score;
+  puzzle.key = std::to_string(n) + ":" + CanonicalPuzzleKey(made.puzzle);
+  return puzzle;
+}
 
 // A worker's run: it stops when the batch stops.
 class StopHooks : public RunHooks {
@@ -158,10 +224,21 @@ class PuzzleWorkers {
           if (stop_ || next_ > plan_.count) return;
           i = next_++;
         }
-        StopHooks run(stop_);
-        if (!MakeBatchPuzzle(model, run, generator, plan_, i, nullptr)) return;
-        FinishedPuzzle puzzle{model.GridSize,     model.PosText,       model.GivenValue, model.SolutionText,
-                              generator.ClueCount, generator.SignCount, generator.LevelCode};
+        FinishedPuzzle puzzle;
+        if (plan_.Graded()) {
+          puzzle = MakeGradedPuzzle(plan_, i, 0, &stop_);
+          if (puzzle.cancelled) return;
+        } else {
+          StopHooks run(stop_);
+          if (!MakeBatchPuzzle(model, run, generator, plan_, i, nullptr)) return;
+          puzzle.size = model.GridSize;
+          puzzle.texts = model.PosText;
+          puzzle.given = model.GivenValue;
+          puzzle.solution = model.SolutionText;
+          puzzle.clueCount = generator.ClueCount;
+          puzzle.signCount = generator.SignCount;
+          puzzle.level = generator.LevelCode;
+        }
         std::lock_guard lock(mutex_);
         finished_.emplace(i, std::move(puzzle));
         changed_.notify_all();
@@ -207,11 +284,67 @@ std::string PuzzleFacts(const PuzzleModel& model, const Generator& generator) {
          ", Level= " + std::string(LevelNames[static_cast<std::size_t>(generator.LevelCode)]);
 }
 
+namespace {
+
+// Single Puzzle with a grade: made on a worker thread while the window's events, Cancel
+// among them, keep coming.
+int CreateSingleGraded(PuzzleModel& model, RunControl& run, Generator& generator, const CreationSettings& settings) {
+  WindowPort& port = run.Port();
+  run.CancelRequest = false;
+  port.SetBusy(true);
+  port.SetProgressLine("Creating New Puzzle");
+  model.SolverBusy = true;
+  const int n = settings.gridSize != 0 ? settings.gridSize
+                                       : RandomDraw(model, kMaxGridSize - kMinGridSize + 1) + kMinGridSize - 1;
+  GradedOptions options;
+  options.size = n;
+  options.minGrade = options.maxGrade = settings.grade;
+  options.clues = GradedCluesFor(settings.clueSpec, settings.level, n);
+  options.symmetry = settings.symmetry;
+  const std::uint64_t seed = model.Random();
+  std::atomic<bool> stop = false;
+  std::atomic<bool> done = false;
+  GradedResult made;
+  std::thread worker([&] {
+    made = CreateGraded(options, seed, &stop);
+    done = true;
+  });
+  while (!done) {
+    run.Yield();
+    if (run.Cancelled()) stop = true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  worker.join();
+  model.SolverBusy = false;
+  run.CancelRequest = false;
+  port.SetProgressLine("");
+  port.SetBusy(false);
+  if (!made.made) {
+    if (!made.cancelled) port.ShowMessage("Could not create a puzzle graded " + reasoning::RungName(settings.grade) + ": " + made.reason);
+    port.RefreshPuzzleInfo();
+    return kBroken;
+  }
+  LoadGraded(model, made.puzzle);
+  generator.ClueCount = options.clues.kind == GradedClueRule::Kind::Fixed ? 0 : made.puzzle.ClueCount();
+  generator.SignCount = made.puzzle.SignCount();
+  generator.LevelCode = LevelForClues(model, n, generator.ClueCount);
+  generator.GenerationResult = kSolved;
+  model.Comment = AutoTitle(generator.LevelCode, ClockStamp()) + " " + made.gradeName;
+  model.Modified = 1;
+  port.SetStatusLine("New Puzzle" + PuzzleFacts(model, generator) + ", Grade= " + made.gradeName);
+  port.RedrawGrid();
+  port.RefreshPuzzleInfo();
+  return kSolved;
+}
+
+}  // namespace
+
 int CreateSinglePuzzle(PuzzleModel& model, RunControl& run, Generator& generator, const CreationSettings& settings) {
   WindowPort& port = run.Port();
   if (model.SolverBusy) return kBroken;
   // The new puzzle takes the grid's place: unsaved edits go only with the user's consent.
   if (model.Modified != 0 && !port.AskYesNo("Discard all changes?")) return kBroken;
+  if (settings.grade > 0) return CreateSingleGraded(model, run, generator, settings);
   run.CancelRequest = false;
   port.SetBusy(true);
   port.SetProgressLine("Creating New Puzzle");
@@ -273,6 +406,19 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
   if (settings.gridSize != 0 && (settings.gridSize < kMinGridSize || settings.gridSize > kMaxGridSize)) {
     throw std::invalid_argument("grid size " + std::to_string(settings.gridSize) + " is neither 0 nor 3..9");
   }
+  if (!options.graded.bands.empty() || settings.grade > 0) {
+    int banded = 0;
+    for (const GradeBand& band : options.graded.bands) {
+      if (band.count < 0 || band.minGrade < reasoning::kSingles || band.maxGrade < band.minGrade) {
+        throw std::invalid_argument("a grade band is empty");
+      }
+      banded += band.count;
+    }
+    if (!options.graded.bands.empty() && banded != settings.count) {
+      throw std::invalid_argument("the grade bands hold " + std::to_string(banded) + " puzzles, not " +
+                                  std::to_string(settings.count));
+    }
+  }
   BatchResult result;
   port.SetBusy(true);
   const int remembered = model.CurrentPuzzle;
@@ -283,7 +429,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
   generator.ClueSpec = settings.clueSpec;
   generator.RequestedLevel = settings.level;
   const std::string stamp = options.stamp.empty() ? ClockStamp() : options.stamp;
-  const BatchPlan plan{count,
+  BatchPlan plan{count,
                        settings.gridSize,
                        settings.displayOne ? "" : "Output File: " + settings.outputFile,
                        model.Random(),
@@ -291,7 +437,12 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
                        settings.level,
                        options.accept,
                        options.shardIndex,
-                       options.shardCount};
+                       options.shardCount,
+                       options.graded,
+                       settings.symmetry};
+  if (plan.graded.bands.empty() && settings.grade > 0) {
+    plan.graded.bands.push_back({settings.grade, settings.grade, settings.count});
+  }
   const bool displayOnly = count == 1 && settings.displayOne;
 
   run.CancelRequest = false;
@@ -301,7 +452,11 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
 
   std::optional<PuzzleWorkers> workers;
   const int jobs = std::min(options.jobs, count);
-  if (jobs > 1 && !displayOnly) workers.emplace(plan, jobs);
+  // A graded puzzle is made on a worker even for one job: the window's events, Cancel
+  // among them, keep coming while it is made.
+  if (count > 0 && (plan.Graded() || (jobs > 1 && !displayOnly))) workers.emplace(plan, std::max(jobs, 1));
+  std::set<std::string> made;  // graded puzzles of this batch, up to the grid's symmetries
+  CreatedPuzzle graded;
   long long number = -1;  // the next record number, counted once before the first append
   for (int i = 1; i <= count; ++i) {
     if (workers) {
@@ -310,6 +465,26 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
         count = i - 1;
         break;
       }
+      // The same puzzle twice in a run is made again, here and rarely, so that the file
+      // does not depend on the number of workers.
+      constexpr int kRepeats = 200;
+      for (int attempt = 1; plan.Graded() && !puzzle->failed && made.count(puzzle->key) != 0; ++attempt) {
+        if (attempt > kRepeats) {
+          puzzle->failed = true;
+          puzzle->reason = "the last " + std::to_string(kRepeats) + " puzzles made were repeats of earlier ones";
+          break;
+        }
+        const std::atomic<bool> never = false;
+        puzzle = MakeGradedPuzzle(plan, i, attempt, &never);
+      }
+      if (puzzle->failed) {
+        result.shortfall = puzzle->reason;
+        count = i - 1;
+        break;
+      }
+      made.insert(puzzle->key);
+      graded.grade = puzzle->grade;
+      graded.score = puzzle->score;
       LoadFinished(model, port, generator, *puzzle);
       ShowPuzzleProgress(port, plan, i, model.GridSize);
     } else if (!MakeBatchPuzzle(model, run, generator, plan, i,
@@ -317,13 +492,17 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
       count = i - 1;
       break;
     }
-    port.SetStatusLine("New Puzzle" + PuzzleFacts(model, generator));
+    const std::string gradeFact = plan.Graded() ? ", Grade= " + reasoning::RungName(graded.grade) : "";
+    port.SetStatusLine("New Puzzle" + PuzzleFacts(model, generator) + gradeFact);
     std::string title = Trim(settings.title).empty() ? AutoTitle(generator.LevelCode, stamp) : settings.title;
-    if (Trim(settings.title).empty() && options.titleNote) {
+    if (Trim(settings.title).empty() && plan.Graded()) {
+      title += " " + reasoning::RungName(graded.grade);
+    } else if (Trim(settings.title).empty() && options.titleNote) {
       const std::string note = options.titleNote(model);
       if (!note.empty()) title += " " + note;
     }
-    CreatedPuzzle created{0, model.GridSize, generator.SignCount, CountClues(model), generator.LevelCode, title};
+    CreatedPuzzle created{0,     model.GridSize, generator.SignCount, CountClues(model), generator.LevelCode,
+                          title, graded.grade,   graded.score};
 
     if (displayOnly) {
       model.Comment = title;
@@ -344,7 +523,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
     }
     created.number = static_cast<int>(number++);
     result.puzzles.push_back(std::move(created));
-    port.SetStatusLine("Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator));
+    port.SetStatusLine("Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator) + gradeFact);
   }
   workers.reset();
 
@@ -355,6 +534,11 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
   port.SetBusy(false);
   result.added = count;
   result.message = Str(count) + " Puzzles added to file: " + settings.outputFile;
+  if (!result.shortfall.empty()) {
+    // Only puzzles of the asked grade are written: say how many of them came, and why no more.
+    result.message = "Made " + std::to_string(count) + " of " + std::to_string(settings.count) +
+                     " puzzles: " + result.shortfall + "." + std::string(kLineBreak) + result.message;
+  }
   port.ShowMessage(result.message);
   return result;
 }

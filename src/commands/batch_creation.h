@@ -15,8 +15,25 @@
 #include "commands/run_control.h"
 #include "generator/create_puzzle.h"
 #include "generator/creation_options.h"
+#include "generator/graded_creation.h"
 
 namespace qm {
+
+// Puzzles of one grade range in a graded batch.
+struct GradeBand {
+  int minGrade = 0;
+  int maxGrade = 0;
+  int count = 0;
+};
+
+// Creation by grade. Without bands (and without a grade in the settings) the batch is
+// the usual one.
+struct GradedBatch {
+  std::vector<GradeBand> bands;  // made in this order; their counts add up to the batch's
+  bool minimal = true;
+  int minSignsPercent = 20;
+  int maxTries = 0;  // per puzzle; 0: the size's default
+};
 
 struct BatchOptions {
   // The date and time that automatic titles carry. Empty: the clock, read once when the
@@ -36,6 +53,7 @@ struct BatchOptions {
   int shardCount = 1;
   // When set, its text (if any) follows the automatic title after a blank.
   std::function<std::string(const PuzzleModel&)> titleNote;
+  GradedBatch graded;
 };
 
 struct CreatedPuzzle {
@@ -45,6 +63,8 @@ struct CreatedPuzzle {
   int clues = 0;   // as the record's size line counts them
   int level = 0;
   std::string title;
+  int grade = 0;  // graded creation: the ladder's grade and score
+  double score = 0;
 };
 
 struct BatchResult {
@@ -52,7 +72,10 @@ struct BatchResult {
   bool writeFailed = false;  // an append failed; its message was shown
   std::string message;       // the closing message: "Done" or the summary
   std::vector<CreatedPuzzle> puzzles;
+  // Graded creation that ran out of tries: why, and that the batch stopped there.
+  std::string shortfall;
 };
+
 
 // Runs the batch from the accepted settings. The base of every puzzle's random stream is
 // the next draw of the model's generator, so a seeded model makes a reproducible run.

@@ -1,5 +1,7 @@
 #include "generator/creation_options.h"
 
+#include "reasoning/ladder.h"
+
 #include "core/puzzle_model.h"
 #include "core/text_rules.h"
 #include "generator/create_puzzle.h"
@@ -89,7 +91,57 @@ CreationValidation ValidateCreationOptions(const CreationOptions& options) {
   settings.uniqueSolution = options.uniqueSolution;
   settings.title = options.title;
   settings.outputFile = options.outputFile;
+  settings.grade = 0;
+  for (int rung = reasoning::kSingles; rung < reasoning::kNeedsSearch; ++rung) {
+    if (options.grade == reasoning::RungName(rung)) settings.grade = rung;
+  }
+  settings.symmetry = SymmetryOf(options.symmetry);
+  if (settings.grade > 0) result.message = GradedConflictFor(settings, settings.grade, settings.grade, 20);
   return result;
+}
+
+GradedClueRule GradedCluesFor(int clueSpec, int level, int n) {
+  using Kind = GradedClueRule::Kind;
+  if (clueSpec == kRandomClues) return {Kind::Free, 0};
+  if (clueSpec == kNoClues) return {Kind::None, 0};
+  if (clueSpec > kFixedClueBase) return {Kind::Fixed, clueSpec - kFixedClueBase};
+  if (clueSpec < kRandomClues) return {Kind::Upto, -clueSpec};
+  PuzzleModel scratch;  // CluesForLevel draws only for the random rule
+  const int count = clueSpec == kCluesByLevel ? CluesForLevel(scratch, n, level) : clueSpec;
+  return count == 0 ? GradedClueRule{Kind::None, 0} : GradedClueRule{Kind::Exactly, count};
+}
+
+std::string GradedConflictFor(const CreationSettings& settings, int minGrade, int maxGrade, int minSignsPercent) {
+  for (int n = kMinGridSize; n <= kMaxGridSize; ++n) {
+    if (settings.gridSize != 0 && n != settings.gridSize) continue;
+    GradedOptions check;
+    check.size = n;
+    check.minGrade = minGrade;
+    check.maxGrade = maxGrade;
+    check.clues = GradedCluesFor(settings.clueSpec, settings.level, n);
+    check.symmetry = settings.symmetry;
+    check.minSignsPercent = minSignsPercent;
+    const std::string conflict = GradedConflict(check);
+    if (!conflict.empty()) {
+      const std::string range = reasoning::RungName(minGrade) +
+                                (maxGrade != minGrade ? " to " + reasoning::RungName(maxGrade) : std::string());
+      return "Cannot create " + std::to_string(n) + "x" + std::to_string(n) + " puzzles graded " + range + ": " +
+             conflict;
+    }
+  }
+  return "";
+}
+
+std::vector<std::string> GradeChoices() {
+  std::vector<std::string> choices{std::string(kAnyGrade)};
+  for (int rung = reasoning::kSingles; rung < reasoning::kNeedsSearch; ++rung) choices.push_back(reasoning::RungName(rung));
+  return choices;
+}
+
+GradedSymmetry SymmetryOf(std::string_view text) {
+  if (text == kSymmetryChoices[1]) return GradedSymmetry::Rotate;
+  if (text == kSymmetryChoices[2]) return GradedSymmetry::Mirror;
+  return GradedSymmetry::None;
 }
 
 }  // namespace qm

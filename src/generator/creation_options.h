@@ -6,7 +6,9 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "generator/graded_creation.h"
 
 namespace qm {
 
@@ -72,7 +74,16 @@ struct CreationOptions {
   bool uniqueSolution = false;   // recorded only: every puzzle passes the logic solve
   std::string title;
   std::string outputFile;
+  std::string grade = "Any";      // "Any", or a grade name: then creation is by grade
+  std::string symmetry = "None";  // of a graded puzzle's givens: "None", "Half-turn", "Mirror"
 };
+
+// The grade list: "Any" keeps the usual creation; a grade name makes puzzles of that grade.
+inline constexpr std::string_view kAnyGrade = "Any";
+std::vector<std::string> GradeChoices();
+inline constexpr std::array<std::string_view, 3> kSymmetryChoices = {"None", "Half-turn", "Mirror"};
+// A symmetry list text, "None" for any other.
+GradedSymmetry SymmetryOf(std::string_view text);
 
 // What an accepted "Create" records for batch creation.
 struct CreationSettings {
@@ -84,6 +95,8 @@ struct CreationSettings {
   bool uniqueSolution = false;
   std::string title;
   std::string outputFile;
+  int grade = 0;  // a ladder rung: the grade every puzzle must have; 0 for the usual creation
+  GradedSymmetry symmetry = GradedSymmetry::None;
 };
 
 struct CreationValidation {
@@ -92,7 +105,16 @@ struct CreationValidation {
   bool Accepted() const { return message.empty(); }
 };
 
-// The checks of "Create", in their fixed order; the first failure is the message.
+// The checks of "Create", in their fixed order; the first failure is the message. With a
+// grade, a clue rule or symmetry the grade cannot go with is named last.
 CreationValidation ValidateCreationOptions(const CreationOptions& options);
+
+// The graded clue rule that a clue code (and level) stands for on an N x N grid: the
+// random rule leaves the clues to the reduction; a level means its count of clues.
+GradedClueRule GradedCluesFor(int clueSpec, int level, int n);
+
+// "Cannot create 5x5 puzzles graded Gentle: <why>" when the settings' size (every size
+// for a random one), clue rule and symmetry cannot make the grade range; else "".
+std::string GradedConflictFor(const CreationSettings& settings, int minGrade, int maxGrade, int minSignsPercent);
 
 }  // namespace qm

@@ -860,4 +860,14 @@ SolutionCount CountSolutions(const PuzzleModel& model, const SearchOptions& opti
   return result;
 }
 
+SolutionCount CountSolutions(int n, std::span<const DigitMask> cells, std::span<const std::pair<int, int>> signs,
+                             const SearchOptions& options, const SearchTuning& tuning) {
+  Search search(n, options, tuning);
+  Domains dom{};
+  for (size_t c = 0; c < cells.size() && c < dom.size(); ++c) dom[c] = cells[c];
+  for (const auto& [greater, smaller] : signs) search.AddRelation(greater, smaller);
+  search.Run(dom);
+  return search.result();
+}
+
 }  // namespace qm

@@ -4,10 +4,13 @@
 #pragma once
 
 #include <atomic>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/puzzle_model.h"
+#include "solver/digit_masks.h"
 
 namespace qm {
 
@@ -42,6 +45,12 @@ struct SearchTuning {
 // a candidate list restricts its cell, and the signs in the sign slots must hold.
 // Deterministic: the same grid gives the same count, first solution and node count.
 SolutionCount CountSolutions(const PuzzleModel& model, const SearchOptions& options,
+                             const SearchTuning& tuning = SearchTuning{});
+// The same count on a bare grid, for callers that ask thousands of times (creation):
+// the candidates of cell row * n + column, and each sign as (greater cell, smaller cell).
+// `first` is left empty.
+SolutionCount CountSolutions(int n, std::span<const masks::DigitMask> cells,
+                             std::span<const std::pair<int, int>> signs, const SearchOptions& options,
                              const SearchTuning& tuning = SearchTuning{});
 inline SolutionCount CountSolutions(const PuzzleModel& model, int limit) {
   SearchOptions options;
