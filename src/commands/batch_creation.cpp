@@ -460,6 +460,8 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
   long long number = -1;  // the next record number, counted once before the first append
   for (int i = 1; i <= count; ++i) {
     if (workers) {
+      // A graded puzzle of a known size is announced while it is made, as a usual one is.
+      if (plan.Graded() && plan.gridSize != 0) ShowPuzzleProgress(port, plan, i, plan.gridSize);
       std::optional<FinishedPuzzle> puzzle = workers->Take(i, run);
       if (!puzzle) {
         count = i - 1;
@@ -486,7 +488,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
       graded.grade = puzzle->grade;
       graded.score = puzzle->score;
       LoadFinished(model, port, generator, *puzzle);
-      ShowPuzzleProgress(port, plan, i, model.GridSize);
+      if (!plan.Graded() || plan.gridSize == 0) ShowPuzzleProgress(port, plan, i, model.GridSize);
     } else if (!MakeBatchPuzzle(model, run, generator, plan, i,
                                 [&](int n) { ShowPuzzleProgress(port, plan, i, n); })) {
       count = i - 1;

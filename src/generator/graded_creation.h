@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/puzzle_model.h"
@@ -84,12 +85,12 @@ void LoadGraded(PuzzleModel& model, const GradedPuzzle& puzzle);
 // transposed and/or with its digits reversed (which turns every sign round).
 std::string CanonicalPuzzleKey(const GradedPuzzle& puzzle);
 
-// Counts of the puzzle's given clues, and whether removing any single given (clue or
-// sign) leaves it with more than one solution.
+// Whether removing any single given (clue or sign) leaves the puzzle with more than one
+// solution.
 bool IsMinimalPuzzle(const GradedPuzzle& puzzle);
 // Exactly one solution by the exact search.
 bool HasOneSolution(const GradedPuzzle& puzzle);
-// The ladder's grade of the puzzle: rung and score.
+// The ladder's grade of the puzzle: rung and score, as the grade of the saved puzzle reads.
 std::pair<int, double> GradePuzzle(const GradedPuzzle& puzzle);
 
 }  // namespace qm

@@ -116,6 +116,24 @@ CreationDialog::CreationDialog(const PuzzleModel& model, WindowPort& port, const
   clueGrid->setColumnStretch(2, 1);
   column->addWidget(clues);
 
+  // Creation by grade: Any keeps the usual creation.
+  auto* gradeBox = new QGroupBox("Grade", this);
+  auto* gradeRow = new QHBoxLayout(gradeBox);
+  grade_ = new QComboBox(gradeBox);
+  grade_->setObjectName("Grade");
+  for (const std::string& choice : GradeChoices()) grade_->addItem(QString::fromStdString(choice));
+  grade_->setToolTip("Any: puzzles as always. A grade: every puzzle has exactly one solution and that grade");
+  symmetry_ = new QComboBox(gradeBox);
+  symmetry_->setObjectName("Symmetry");
+  for (std::string_view choice : kSymmetryChoices) symmetry_->addItem(Q(choice));
+  symmetry_->setToolTip("The pattern of clues and signs of a graded puzzle");
+  gradeRow->addWidget(grade_);
+  gradeRow->addWidget(new QLabel("Symmetry", gradeBox));
+  gradeRow->addWidget(symmetry_);
+  gradeRow->addStretch();
+  connect(grade_, &QComboBox::currentTextChanged, this, &CreationDialog::GradeChanged);
+  column->addWidget(gradeBox);
+
   auto* titleBox = new QGroupBox(Q(kTitleFrame), this);
   auto* titleRow = new QHBoxLayout(titleBox);
   title_ = new QLineEdit(titleBox);
@@ -161,6 +179,9 @@ CreationDialog::CreationDialog(const PuzzleModel& model, WindowPort& port, const
   uptoCount_->setText(QString::fromStdString(start.uptoCount));
   level_->setCurrentText(QString::fromStdString(start.level));
   unique_->setChecked(start.uniqueSolution);
+  grade_->setCurrentText(QString::fromStdString(start.grade));
+  symmetry_->setCurrentText(QString::fromStdString(start.symmetry));
+  symmetry_->setEnabled(grade_->currentIndex() > 0);
   title_->setText(QString::fromStdString(Cp1252ToUtf8(start.title)));
   outputFile_->setText(QString::fromStdString(start.outputFile));
   outputFile_->setToolTip(outputFile_->text());
@@ -195,6 +216,8 @@ CreationOptions CreationDialog::Options() const {
   options.uniqueSolution = unique_->isChecked();
   options.title = Utf8ToCp1252(title_->text().toStdString());
   options.outputFile = outputFile_->text().toStdString();
+  options.grade = grade_->currentText().toStdString();
+  options.symmetry = symmetry_->currentText().toStdString();
   return options;
 }
 
@@ -217,6 +240,14 @@ void CreationDialog::ChooseOutput() {
 
 void CreationDialog::ClueChoiceChanged() {
   level_->setEnabled(LevelListEnabled(clueChoices_[kChoiceByLevel]->isChecked() ? kChoiceByLevel : -1));
+}
+
+void CreationDialog::GradeChanged() {
+  const bool graded = grade_->currentIndex() > 0;
+  symmetry_->setEnabled(graded);
+  // A level's fixed count of clues seldom meets a grade: by grade, "Random" lets the
+  // reduction choose the clues.
+  if (graded && clueChoices_[kChoiceByLevel]->isChecked()) clueChoices_[kChoiceRandom]->setChecked(true);
 }
 
 void CreationDialog::UniqueToggled(bool on) {

@@ -37,6 +37,7 @@ class CreationDialog : public QDialog {
   void ChooseOutput();
   void ClueChoiceChanged();
   void UniqueToggled(bool on);
+  void GradeChanged();
 
   const PuzzleModel& model_;
   WindowPort& port_;
@@ -50,6 +51,8 @@ class CreationDialog : public QDialog {
   QLineEdit* exactCount_ = nullptr;
   QLineEdit* uptoCount_ = nullptr;
   QComboBox* level_ = nullptr;
+  QComboBox* grade_ = nullptr;
+  QComboBox* symmetry_ = nullptr;
   QLineEdit* title_ = nullptr;
   QLabel* outputFile_ = nullptr;
 };

@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "core/collection_file.h"
+#include "reasoning/ladder.h"
 #include "support/test_files.h"
 #include "ui/creation_dialog.h"
 #include "ui/grid_widget.h"
@@ -275,6 +276,60 @@ class CreationDialogTest : public QObject {
     QVERIFY(!window_->Run().CancelRequest);
     QVERIFY(window_->menuBar()->isEnabled());
     QVERIFY(window_->Grid()->isEnabled());
+  }
+
+  void gradedBatchShowsEachGradeAndSinglePuzzleFollows() {
+    const QString tough = QString::fromStdString(qm::reasoning::RungName(qm::reasoning::kSubsets));
+    QCOMPARE(CreateWith([&](QWidget& d) {
+               Type(d, "Count", "3");
+               Child<QComboBox>(d, "GridSize")->setCurrentText("5");
+               Choose(d, 4);
+               auto* symmetry = Child<QComboBox>(d, "Symmetry");
+               QVERIFY(!symmetry->isEnabled());
+               Child<QComboBox>(d, "Grade")->setCurrentText(tough);
+               // A level's fixed clue count gives way to clues the reduction chooses.
+               QVERIFY(Child<QRadioButton>(d, "ClueChoice5")->isChecked());
+               QVERIFY(symmetry->isEnabled());
+               symmetry->setCurrentText("Mirror");
+               Click(d, "ChooseOutput");
+             }),
+             QString());
+    QCOMPARE(messages_.last(), QString::fromStdString(" 3 Puzzles added to file: " + Output()));
+    QCOMPARE(qm::CountPuzzles(Output()), 3);
+    QVERIFY2(window_->StatusLine().endsWith(", Grade= " + tough), qPrintable(window_->StatusLine()));
+
+    // Single Puzzle makes one of the accepted grade.
+    messages_.clear();
+    window_->findChild<QAction*>("mnunewpuzx")->trigger();
+    QVERIFY2(messages_.isEmpty(), qPrintable(messages_.join("|")));
+    QCOMPARE(window_->Model().GridSize, 5);
+    QVERIFY(QString::fromStdString(window_->Model().Comment).endsWith(" " + tough));
+    QVERIFY(window_->StatusLine().endsWith(", Grade= " + tough));
+
+    // A rule that cannot meet the grade is named by "Create".
+    const QString refused = CreateWith([](QWidget& d) {
+      Child<QComboBox>(d, "GridSize")->setCurrentText("5");
+      Child<QComboBox>(d, "Grade")->setCurrentIndex(1);
+      Choose(d, 0);
+    });
+    QVERIFY2(refused.startsWith("Cannot create 5x5 puzzles graded "), qPrintable(refused));
+  }
+
+  void cancelKeepsTheFinishedGradedPuzzles() {
+    watched_->cancelAt = "New 2 of 4";
+    watched_->onCancel = [&] { window_->findChild<QPushButton*>("cmdcancel")->click(); };
+    QCOMPARE(CreateWith([this](QWidget& d) {
+               Type(d, "Count", "4");
+               Child<QComboBox>(d, "GridSize")->setCurrentText("9");
+               Child<QComboBox>(d, "Grade")->setCurrentText(
+                   QString::fromStdString(qm::reasoning::RungName(qm::reasoning::kForcing)));
+               Click(d, "ChooseOutput");
+             }),
+             QString());
+    QVERIFY(messages_.last().endsWith(QString::fromStdString(" Puzzles added to file: " + Output())));
+    const int kept = qm::CountPuzzles(Output());
+    QVERIFY(kept >= 1 && kept < 4);
+    QVERIFY(!window_->Run().CancelRequest);
   }
 };
 
