@@ -220,6 +220,8 @@ int CreateSinglePuzzle(PuzzleModel& model, RunControl& run, Generator& generator
   const int n = settings.gridSize != 0 ? settings.gridSize
                                        : RandomDraw(model, kMaxGridSize - kMinGridSize + 1) + kMinGridSize - 1;
   SetSize(model, n);
+  model.RecordNumber = 0;  // the grid is no longer a record of the file
+  port.SetStatusLine("");
   port.RedrawGrid();
   const int result = CreatePuzzle(model, run, generator);
   model.SolverBusy = false;
@@ -302,6 +304,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
   const int jobs = std::min(options.jobs, count);
   if (jobs > 1 && !displayOnly) workers.emplace(plan, jobs);
   int number = -1;  // the next record number, counted once before the first append
+  std::string lastWritten;  // the status line of the last puzzle written, kept as the batch's report
   for (int i = 1; i <= count; ++i) {
     if (workers) {
       std::optional<FinishedPuzzle> puzzle = workers->Take(i, run);
@@ -326,6 +329,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
 
     if (displayOnly) {
       model.Comment = title;
+      model.RecordNumber = 0;
       port.RefreshPuzzleInfo();
       model.SolverBusy = false;
       port.SetBusy(false);
@@ -343,13 +347,15 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
     }
     created.number = number++;
     result.puzzles.push_back(std::move(created));
-    port.SetStatusLine("Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator));
+    lastWritten = "Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator);
+    port.SetStatusLine(lastWritten);
   }
   workers.reset();
 
   run.CancelRequest = false;
   port.SetProgressLine("");
   ReadPuzzle(model, port, model.CurrentFile, remembered == -1 ? 1 : remembered);
+  if (!lastWritten.empty()) port.SetStatusLine(lastWritten);
   model.SolverBusy = false;
   port.SetBusy(false);
   result.added = count;

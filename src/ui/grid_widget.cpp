@@ -74,6 +74,40 @@ void GridWidget::MoveCursor(int rows, int cols) {
   SetCursorPosition(model_.PositionOf[static_cast<std::size_t>(row)][static_cast<std::size_t>(col)]);
 }
 
+void GridWidget::MoveToCell(int rows, int cols) {
+  if (cursor_ < 0) {
+    SetCursorPosition(0);
+    return;
+  }
+  const int l = model_.LayoutExtent;
+  // Cells sit at odd layout indices: two steps from a cell, one from a gap; a gap line
+  // across the move is left for the cell line before it.
+  auto step = [l](int index, int by) {
+    if (by == 0) return index % 2 == 1 ? index : index - 1;
+    return std::clamp(index % 2 == 1 ? index + 2 * by : index + by, 1, l);
+  };
+  const int row = step(model_.RowOf[static_cast<std::size_t>(cursor_)], rows);
+  const int col = step(model_.ColOf[static_cast<std::size_t>(cursor_)], cols);
+  SetCursorPosition(model_.PositionOf[static_cast<std::size_t>(row)][static_cast<std::size_t>(col)]);
+}
+
+void GridWidget::MoveToGap(bool forward) {
+  const int count = model_.LastPosition + 1;
+  int k = cursor_ < 0 ? (forward ? -1 : count) : cursor_;
+  for (int i = 0; i < count; ++i) {
+    k = ((forward ? k + 1 : k - 1) % count + count) % count;
+    if (IsSignSlot(model_, k)) {
+      SetCursorPosition(k);
+      return;
+    }
+  }
+}
+
+bool GridWidget::focusNextPrevChild(bool next) {
+  MoveToGap(next);
+  return true;
+}
+
 GridWidget::Geometry GridWidget::Measure() const {
   const int n = model_.GridSize;
   const double units = n + (n - 1) * kGapRatio;
@@ -219,7 +253,7 @@ void GridWidget::paintEvent(QPaintEvent*) {
   // Digits that clash (when asked for) and digits a check found wrong get a ring.
   std::vector<int> ringed;
   if (coach_ != nullptr) {
-    if (coach_->LiveConflicts) ringed = ConflictCells(model_);
+    if (coach_->LiveConflicts || coach_->AllowAnyDigit) ringed = ConflictCells(model_);
     ringed.insert(ringed.end(), coach_->WrongCells.begin(), coach_->WrongCells.end());
   }
   for (int k = 0; k <= model_.LastPosition; ++k) {
