@@ -489,6 +489,12 @@ bool CoachController::eventFilter(QObject* watched, QEvent* event) {
       event->accept();
       return true;
     }
+    // Escape is the Cancel button's key while a paced solve waits.
+    if (key->key() == Qt::Key_Escape && key->modifiers() == Qt::NoModifier) {
+      if (event->type() == QEvent::KeyPress) CancelCommand(model_, run_);
+      event->accept();
+      return true;
+    }
   }
   return QObject::eventFilter(watched, event);
 }

@@ -85,7 +85,7 @@ class CoachController : public QObject {
   QMessageBox* FinishNote() const { return finishNote_; }
 
  protected:
-  // Space goes on with a paced solve wherever the focus is.
+  // Space goes on with a paced solve wherever the focus is; Escape cancels it.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
