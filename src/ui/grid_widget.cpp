@@ -16,6 +16,7 @@ namespace {
 constexpr double kGapRatio = 0.42;  // a sign slot is this much narrower than a cell
 constexpr int kMargin = 14;
 constexpr int kPreferredCell = 64;
+constexpr int kReadableCell = 40;  // candidates are drawn at about a fifth of this
 
 QColor ToQColor(Rgb rgb) { return QColor(Red(rgb), Green(rgb), Blue(rgb)); }
 
@@ -156,7 +157,13 @@ QSize GridWidget::sizeHint() const {
   return {capped, capped};
 }
 
-QSize GridWidget::minimumSizeHint() const { return {240, 240}; }
+QSize GridWidget::minimumSizeHint() const {
+  // Cells stay big enough for their candidates to be read (a 9x9 grid beside an open
+  // side panel): the grid takes its room before the panels do.
+  const int n = model_.GridSize;
+  const int side = static_cast<int>(kReadableCell * (n + (n - 1) * kGapRatio)) + 2 * kMargin;
+  return {std::max(240, side), std::max(240, side)};
+}
 
 void GridWidget::PaintSign(QPainter& painter, const QRectF& rect, QChar sign) const {
   const double s = std::min(rect.width(), rect.height()) * 0.55;

@@ -5,7 +5,9 @@
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QMessageBox>
+#include <QTableWidget>
 #include <QPushButton>
 #include <QToolButton>
 #include <QTimer>
@@ -19,7 +21,10 @@
 #include "solver/candidates.h"
 #include "ui/coach_controller.h"
 #include "ui/coach_fixture.h"
+#include "reasoning/ladder.h"
 #include "ui/grid_widget.h"
+#include "ui/path_panel.h"
+#include "ui/view_all_window.h"
 #include "ui/ui_tests.h"
 #include "support/test_files.h"
 
@@ -269,6 +274,70 @@ class WalkthroughTest : public QObject {
     f.Trigger("mnuautosol");
     QVERIFY(!coach->Timer().Running());
     QVERIFY(!note->isVisible());
+  }
+
+  void keysListsAndRoomForTheGrid() {
+    qm::test::WindowFixture f;
+    auto& window = f.Open();
+    auto& model = window.Model();
+    auto* grid = window.Grid();
+    // Arrows go cell to cell; Shift+arrow and Tab reach the gaps.
+    f.Trigger("mnunewx1");
+    grid->setFocus();
+    grid->SetCursorPosition(0);
+    const auto at = [&] { return std::pair{model.RowOf[grid->CursorPosition()], model.ColOf[grid->CursorPosition()]}; };
+    QTest::keyClick(&window, Qt::Key_Right);
+    QCOMPARE(at(), std::pair(1, 3));
+    QTest::keyClick(&window, Qt::Key_Right, Qt::ShiftModifier);
+    QCOMPARE(at(), std::pair(1, 4));
+    QTest::keyClick(&window, Qt::Key_Down);  // from a gap: the cell line it belongs to
+    QCOMPARE(at(), std::pair(3, 3));
+    QTest::keyClick(&window, Qt::Key_Down);
+    QTest::keyClick(&window, Qt::Key_Down);
+    QTest::keyClick(&window, Qt::Key_Down);  // stops at the edge
+    QCOMPARE(at(), std::pair(7, 3));
+    QTest::keyClick(grid, Qt::Key_Tab);
+    QVERIFY(qm::IsSignSlot(model, grid->CursorPosition()));
+    const int gap = grid->CursorPosition();
+    QTest::keyClick(grid, Qt::Key_Backtab);
+    QTest::keyClick(grid, Qt::Key_Tab);
+    QCOMPARE(grid->CursorPosition(), gap);
+
+    // The path panel's button takes no letter of the menu bar.
+    auto* copy = window.findChild<QPushButton*>("PathCopy");
+    const QString caption = copy->text();
+    const QChar letter = caption[caption.indexOf('&') + 1].toLower();
+    for (QAction* menu : window.menuBar()->actions()) {
+      const QString title = menu->text();
+      if (title.contains('&')) QVERIFY2(title[title.indexOf('&') + 1].toLower() != letter, qPrintable(title));
+    }
+
+    // File -> View: the grade column fits its longest name; Escape closes the list.
+    f.Trigger("mnuviewall");
+    auto* view = window.ViewAllView();
+    QVERIFY(view->isVisible());
+    QTableWidget* table = view->Table();
+    const int grade = table->columnCount() - 1;
+    for (int rung = 0; rung <= qm::reasoning::kTopRung; ++rung) {
+      const QString name = QString::fromStdString(qm::reasoning::RungName(rung));
+      QVERIFY2(table->columnWidth(grade) > table->fontMetrics().horizontalAdvance(name), qPrintable(name));
+    }
+    QTest::keyClick(table, Qt::Key_Escape);
+    QVERIFY(!view->isVisible());
+
+    // At the first window's size with the path open, a 9x9 grid keeps cells whose
+    // candidates can be read.
+    window.resize(980, 720);
+    window.Coach()->Panel()->show();
+    QVERIFY(window.StartOnPuzzle("55"));
+    QCOMPARE(model.GridSize, 9);
+    QTRY_VERIFY2(grid->PositionRect(0).height() >= 40,
+                 qPrintable(QStringLiteral("cell %1, grid %2x%3, window %4x%5")
+                                .arg(grid->PositionRect(0).height())
+                                .arg(grid->width())
+                                .arg(grid->height())
+                                .arg(window.width())
+                                .arg(window.height())));
   }
 };
 
