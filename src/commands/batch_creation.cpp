@@ -354,6 +354,8 @@ int CreateSinglePuzzle(PuzzleModel& model, RunControl& run, Generator& generator
   const int n = settings.gridSize != 0 ? settings.gridSize
                                        : RandomDraw(model, kMaxGridSize - kMinGridSize + 1) + kMinGridSize - 1;
   SetSize(model, n);
+  model.RecordNumber = 0;  // the grid is no longer a record of the file
+  port.SetStatusLine("");
   port.RedrawGrid();
   const int result = CreatePuzzle(model, run, generator);
   model.SolverBusy = false;
@@ -458,6 +460,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
   std::set<std::string> made;  // graded puzzles of this batch, up to the grid's symmetries
   CreatedPuzzle graded;
   long long number = -1;  // the next record number, counted once before the first append
+  std::string lastWritten;  // the status line of the last puzzle written, kept as the batch's report
   for (int i = 1; i <= count; ++i) {
     if (workers) {
       // A graded puzzle of a known size is announced while it is made, as a usual one is.
@@ -508,6 +511,7 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
 
     if (displayOnly) {
       model.Comment = title;
+      model.RecordNumber = 0;
       port.RefreshPuzzleInfo();
       model.SolverBusy = false;
       port.SetBusy(false);
@@ -525,13 +529,15 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
     }
     created.number = static_cast<int>(number++);
     result.puzzles.push_back(std::move(created));
-    port.SetStatusLine("Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator) + gradeFact);
+    lastWritten = "Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator) + gradeFact;
+    port.SetStatusLine(lastWritten);
   }
   workers.reset();
 
   run.CancelRequest = false;
   port.SetProgressLine("");
   ReadPuzzle(model, port, model.CurrentFile, remembered == -1 ? 1 : remembered);
+  if (!lastWritten.empty()) port.SetStatusLine(lastWritten);
   model.SolverBusy = false;
   port.SetBusy(false);
   result.added = count;

@@ -99,6 +99,16 @@ bool PlayerSignChoice(CoachState& coach, PuzzleModel& model, WindowPort& port, i
   return EnterThroughMenu(coach, model, p, false, [&] { SignMenuChoice(model, port, p, choice); });
 }
 
+bool PlayerKeyDigit(CoachState& coach, PuzzleModel& model, WindowPort& port, int p, int digit) {
+  if (!coach.AllowAnyDigit) return PlayerCellChoice(coach, model, port, p, std::to_string(digit));
+  if (p < 0 || p > model.LastPosition || !IsCell(model, p) || digit < 1 || digit > model.GridSize) return false;
+  if (coach.ClueCell[p]) {
+    port.SetProgressLine("Invalid entry");
+    return false;
+  }
+  return EnterThroughMenu(coach, model, p, true, [&] { EnterAnyDigit(model, port, p, digit); });
+}
+
 bool ToggleMark(CoachState& coach, const PuzzleModel& model, int p, int digit) {
   if (p < 0 || p > model.LastPosition || !IsCell(model, p) || digit < 1 || digit > model.GridSize) return false;
   if (IsDigitText(model, model.PosText[p])) return false;

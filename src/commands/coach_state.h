@@ -31,6 +31,7 @@ struct CoachState {
   bool PencilMode = false;
   int HighlightDigit = 0;       // every cell holding or marking it is lit; 0 for none
   bool LiveConflicts = false;   // mark clashing digits as they are entered
+  bool AllowAnyDigit = false;   // digit keys place any digit; clashes are ringed, not refused
   std::vector<int> WrongCells;  // the player's digits "Check my digits" found wrong
 
   // One player action: what it changed besides the model's own undo list.
@@ -62,6 +63,9 @@ DigitOrigin OriginOf(const CoachState& coach, const PuzzleModel& model, int k, c
 // of its row and column. True when the model took the entry.
 bool PlayerCellChoice(CoachState& coach, PuzzleModel& model, WindowPort& port, int p, const std::string& choice);
 bool PlayerSignChoice(CoachState& coach, PuzzleModel& model, WindowPort& port, int p, const std::string& choice);
+// A digit key on cell p: as the cell menu's digit, or, under AllowAnyDigit, any digit of
+// the grid's size in any cell that is not a clue.
+bool PlayerKeyDigit(CoachState& coach, PuzzleModel& model, WindowPort& port, int p, int digit);
 
 // Pencil marks. Cells that show a digit take no marks.
 bool ToggleMark(CoachState& coach, const PuzzleModel& model, int p, int digit);

@@ -134,8 +134,12 @@ CommandResult MoveByArrow(PuzzleModel& model, WindowPort& port, Arrow arrow) {
 }
 
 CommandResult GoToTypedNumber(PuzzleModel& model, WindowPort& port, const std::string& puzNumNow) {
+  if (Trim(puzNumNow).empty()) return CommandResult::Cancelled;
   const double n = NumericValue(puzNumNow);
-  if (n < 1 || n > model.PuzzleCount) return CommandResult::Cancelled;
+  if (n < 1 || n > model.PuzzleCount) {
+    port.ShowMessage("Error reading puzzle#" + Str(RoundHalfEven(n)));
+    return CommandResult::Cancelled;
+  }
   return ReadOrReturn(model, port, RoundHalfEven(n));
 }
 
@@ -169,6 +173,14 @@ CommandResult OpenCollection(PuzzleModel& model, WindowPort& port, const std::st
   return CommandResult::Failed;
 }
 
+CommandResult OpenNamedCollection(PuzzleModel& model, WindowPort& port, const std::string& path) {
+  if (!Exists(path)) {
+    port.ShowMessage("No such file: " + path);
+    return CommandResult::Failed;
+  }
+  return OpenCollection(model, port, path);
+}
+
 CommandResult mnuappend(PuzzleModel& model, WindowPort& port) {
   const std::string target = ChooseCollectionFile(model, port, "Add Puzzle to File", "*.fut", ChooserMode::Save);
   if (target.empty()) return CommandResult::Cancelled;
@@ -197,6 +209,8 @@ CommandResult mnuappend(PuzzleModel& model, WindowPort& port) {
 }
 
 CommandResult mnudelete(PuzzleModel& model, WindowPort& port, const std::string& puzNumNow) {
+  // No puzzle of the file is shown (a new grid): there is nothing to delete.
+  if (Trim(puzNumNow).empty()) return CommandResult::Cancelled;
   if (!port.AskYesNo("Delete current puzzle from file?")) return CommandResult::Cancelled;
   int n = IntegerValue(puzNumNow);
   {

@@ -21,7 +21,8 @@ enum class Arrow { Previous = 0, First = 1, Next = 2, Last = 3, Random = 4 };
 CommandResult MoveByArrow(PuzzleModel& model, WindowPort& port, Arrow arrow);
 
 // Enter in `PuzNumNow`: reads the puzzle whose number is typed there when it lies in
-// 1..PuzzleCount; anything else changes nothing.
+// 1..PuzzleCount; any other number changes nothing but says "Error reading puzzle# N",
+// as the button does.
 CommandResult GoToTypedNumber(PuzzleModel& model, WindowPort& port, const std::string& puzNumNow);
 
 // The button beside `PuzNumNow`: reads the puzzle typed there without the range test.
@@ -35,6 +36,9 @@ CommandResult mnureload(PuzzleModel& model, WindowPort& port);
 CommandResult mnuload(PuzzleModel& model, WindowPort& port);
 // Load's work once a file is chosen (also a file named on the window's command line).
 CommandResult OpenCollection(PuzzleModel& model, WindowPort& port, const std::string& chosen);
+// A collection file named on the window's command line: one that is not there is named
+// ("No such file: NAME") and the puzzle shown stays; otherwise as OpenCollection.
+CommandResult OpenNamedCollection(PuzzleModel& model, WindowPort& port, const std::string& path);
 
 // Puzzle -> "Append": appends the current puzzle to a chosen file (all its found
 // solutions when SolutionList has some and the user says so), then reads back.

@@ -9,6 +9,7 @@ namespace {
 void Cleared(PuzzleModel& model, WindowPort& port) {
   model.SolutionShown = false;
   port.SetProgressLine("");
+  port.SetStatusLine("");
   port.RedrawGrid();
 }
 
@@ -36,6 +37,9 @@ void NewGrid(PuzzleModel& model, WindowPort& port, int entry) {
   model.RecordNumber = 0;
   model.ConstraintCount = 0;
   model.ClueCount = 0;
+  model.SolutionShown = false;
+  port.SetStatusLine("");
+  port.SetProgressLine("");
   port.RedrawGrid();
   port.RefreshPuzzleInfo();
 }

@@ -7,8 +7,18 @@ namespace qm {
 ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& path, int n) {
   port.SetBusy(true);
   const ReadResult result = LoadPuzzle(model, path, n);
+  if (result.notFound) {
+    // The grid was emptied: its counts say so too.
+    model.ConstraintCount = 0;
+    model.ClueCount = 0;
+  }
   port.RedrawGrid();
-  if (n != -1) port.RefreshPuzzleInfo();
+  if (n != -1) {
+    // The lines spoke of the puzzle shown before.
+    port.SetStatusLine("");
+    port.SetProgressLine("");
+    port.RefreshPuzzleInfo();
+  }
   port.SetBusy(false);
   return result;
 }

@@ -16,7 +16,8 @@ void RunControl::ShowStep(const SolveStep& step) {
   StepGo = false;
   port_.SetPacingTimer(true, model_.PacingInterval);
   WaitForGo();
-  port_.EndStep(step);
+  // After a Cancel the step is gone from the screen already, and its text with it.
+  if (!StepCancelled) port_.EndStep(step);
 }
 
 void RunControl::BlankDisplay() {

@@ -20,6 +20,9 @@ class RunControl : public RunHooks {
   bool StepMode = false;       // while every change is explained and paced
   bool StepGo = false;         // once the user (or the pacing timer) says go on
   bool CancelRequest = false;  // once the user asked to cancel; cleared by commands
+  // Cancel ended a paced solve: what it drew no longer stands, the grid is drawn anew
+  // from the model once the solve has ended.
+  bool StepCancelled = false;
 
   // The user says go on (space bar, click, timer tick); nothing outside step mode.
   void Continue() {

@@ -88,6 +88,7 @@ AutoSolveResult AutoSolve(PuzzleModel& model, RunControl& run) {
     run.StepMode = false;
     result.solve.status = kSolved;
     result.outcome = kOutcomeSolvedAlready;
+    port.SetProgressLine("");
     port.ShowMessage(result.outcome);
     return result;
   }
@@ -109,10 +110,14 @@ AutoSolveResult AutoSolve(PuzzleModel& model, RunControl& run) {
     port.SetProgressLine("Solved");
     result.outcome = kOutcomeDone;
   } else {
-    // The display is left where an explanation stopped; only the texts go back.
+    // The display is left where an explanation stopped; only the texts go back. After
+    // a Cancel nothing of the explanation stands: the grid shows the texts put back.
     RestoreCandidates(model, model.SavedCandidates);
+    if (run.StepCancelled) port.RedrawGrid();
+    port.SetProgressLine("");
     result.outcome = result.solve.status == kStalled ? kOutcomeMultiple : kOutcomeInvalid;
   }
+  run.StepCancelled = false;
   port.ShowMessage(result.outcome);
   return result;
 }
@@ -120,6 +125,7 @@ AutoSolveResult AutoSolve(PuzzleModel& model, RunControl& run) {
 AutoSolveResult PacedAutoSolve(PuzzleModel& model, RunControl& run) {
   WindowPort& port = run.Port();
   run.StepMode = true;
+  run.StepCancelled = false;
   port.SetStatusLine(std::string(kPacedSolvePrompt));
   if (model.PacingInterval < kFastestPace) model.PacingInterval = kDefaultPaceMs;
   run.StepGo = false;
@@ -127,6 +133,7 @@ AutoSolveResult PacedAutoSolve(PuzzleModel& model, RunControl& run) {
   // Cancel ends step mode: then there is nothing to wait for, and nothing to solve.
   run.WaitForGo();
   if (!run.StepMode) {
+    run.StepCancelled = false;
     AutoSolveResult cancelled;
     cancelled.solve.status = kBroken;
     cancelled.solve.message = "Canceled";
@@ -142,6 +149,7 @@ void CancelCommand(PuzzleModel& model, RunControl& run) {
     port.SetPacingTimer(false, model.PacingInterval);
     run.StepGo = false;
     run.StepMode = false;
+    run.StepCancelled = true;
     for (int k = 0; k <= model.LastPosition; ++k) {
       if (IsCell(model, k) && model.GivenValue[k] == 0) model.PosText[k].clear();
       port.ColourPosition(k, CellColour::Normal);
@@ -179,6 +187,11 @@ void CellMenuChoice(PuzzleModel& model, WindowPort& port, int p, const std::stri
   Enter(model, port, p, text);
 }
 
+void EnterAnyDigit(PuzzleModel& model, WindowPort& port, int p, int digit) {
+  if (p < 0 || p > model.LastPosition || !IsCell(model, p) || digit < 1 || digit > model.GridSize) return;
+  Enter(model, port, p, std::to_string(digit));
+}
+
 void SignMenuChoice(PuzzleModel& model, WindowPort& port, int p, const std::string& choice) {
   if (Ignored(choice)) return;
   if (choice != "Clear" && (choice.size() != 1 || CheckSignEntry(model, port, p, choice[0]) < 0)) return;
@@ -207,6 +220,7 @@ void ToggleSolutionView(PuzzleModel& model, WindowPort& port) {
     RestoreCandidates(model, model.ViewSnapshot);
     model.SolutionShown = false;
     port.RedrawGrid();
+    port.SetStatusLine("");
     return;
   }
   model.ViewSnapshot = SaveCandidates(model);

@@ -62,6 +62,10 @@ void CellMenuChoice(PuzzleModel& model, WindowPort& port, int p, const std::stri
 // "Cancel".
 void SignMenuChoice(PuzzleModel& model, WindowPort& port, int p, const std::string& choice);
 
+// A digit key under Options -> "Allow Any Digit": digit goes into cell p as a menu entry
+// does (undoable), whatever its row, column and signs say.
+void EnterAnyDigit(PuzzleModel& model, WindowPort& port, int p, int digit);
+
 // Puts back the text the newest entry replaced.
 void UndoEntry(PuzzleModel& model, WindowPort& port);
 

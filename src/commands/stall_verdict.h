@@ -8,9 +8,11 @@
 
 namespace qm {
 
+// Follows the message box's "This puzzle has multiple solutions", which only says the
+// six techniques stopped: the line tells the rest of that story.
 inline constexpr std::string_view kVerdictUnique =
-    "A search finds exactly one solution: it needs techniques beyond these six (Solve \u2192 Next Step "
-    "explains them)";
+    "The six techniques stop here, yet the puzzle has exactly one solution: Next Step (F3) explains the "
+    "rest";
 inline constexpr std::string_view kVerdictSeveral = "A search finds at least two solutions";
 inline constexpr std::string_view kVerdictNone = "A search finds no solution";
 

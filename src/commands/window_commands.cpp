@@ -74,6 +74,12 @@ bool ReadPrintRange(const PuzzleModel& model, RunControl& run, int first, int la
   return failure.empty() && !cancelled;
 }
 
+std::string PuzzleNumberText(const PuzzleModel& model) {
+  // A file whose last puzzle was deleted still shows 0.
+  if (model.RecordNumber == 0 && model.PuzzleCount > 0) return {};
+  return std::to_string(model.CurrentPuzzle);
+}
+
 bool ExitCommand(PuzzleModel& model, RunControl& run) {
   if (!run.Port().AskYesNo("Exit?")) return false;
   WriteSettings(model, run.Port());

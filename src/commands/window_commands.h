@@ -31,6 +31,10 @@ void PressArrow(PuzzleModel& model, RunControl& run, int index);
 bool ReadPrintRange(const PuzzleModel& model, RunControl& run, int first, int last,
                     const std::function<void(const PuzzleModel&, int)>& take);
 
+// What the puzzle-number box shows: the current puzzle's number, or nothing while the
+// grid is not a record of the file (a new grid, a puzzle just made).
+std::string PuzzleNumberText(const PuzzleModel& model);
+
 // Quillmere -> "Exit": after "Exit?", writes the settings, removes the delete command's
 // scratch file and stops whatever runs. False when the user said No.
 bool ExitCommand(PuzzleModel& model, RunControl& run);

@@ -3,8 +3,13 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
+#include <QGuiApplication>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QListWidget>
+#include <QMessageBox>
+#include <QStatusBar>
+#include <QTimer>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
@@ -86,6 +91,19 @@ void CoachController::Install(QMainWindow& window) {
   tools->setMovable(false);
   if (QAction* next = window.findChild<QAction*>("mnunextstep")) tools->addAction(next);
   tools->addAction(panel_->toggleViewAction());
+
+  timerLabel_ = new QLabel(&window);
+  timerLabel_->setObjectName("SolveTimer");
+  timerLabel_->setToolTip("Time spent on this puzzle (paused while the window is in the background)");
+  window.statusBar()->addPermanentWidget(timerLabel_);
+  tick_ = new QTimer(this);
+  tick_->setInterval(1000);
+  connect(tick_, &QTimer::timeout, this, [this] { ShowTime(); });
+  tick_->start();
+  connect(qApp, &QGuiApplication::applicationStateChanged, this,
+          [this](Qt::ApplicationState state) { SetInFront(state == Qt::ApplicationActive); });
+  SetShowTimer(options_.showTimer);
+  ShowTime();
 }
 
 void CoachController::AddMenus(QMenuBar& bar) {
@@ -141,6 +159,17 @@ void CoachController::AddMenus(QMenuBar& bar) {
     conflicts_ = AddEntry(*options, cancel, "mnuconflicts", "Mark Conflicts");
     conflicts_->setCheckable(true);
     connect(conflicts_, &QAction::toggled, this, [this](bool on) { SetLiveConflicts(on); });
+    options_ = ReadWindowOptions(model_.AppDir + std::string(kWindowOptionsFileName));
+    state_.AllowAnyDigit = options_.allowAnyDigit;
+    anyDigit_ = AddEntry(*options, cancel, "mnuanydigit", "Allow Any Digit");
+    anyDigit_->setCheckable(true);
+    anyDigit_->setChecked(options_.allowAnyDigit);
+    anyDigit_->setToolTip("Digit keys place any digit; digits that clash are ringed");
+    connect(anyDigit_, &QAction::toggled, this, [this](bool on) { SetAllowAnyDigit(on); });
+    showTimer_ = AddEntry(*options, cancel, "mnushowtimer", "Show Timer");
+    showTimer_->setCheckable(true);
+    showTimer_->setChecked(options_.showTimer);
+    connect(showTimer_, &QAction::toggled, this, [this](bool on) { SetShowTimer(on); });
   }
 }
 
@@ -168,7 +197,47 @@ bool CoachController::CellChoice(int p, const std::string& choice) {
   const bool taken = PlayerCellChoice(state_, model_, Port(), p, choice);
   if (taken) state_.WrongCells.clear();
   Changed();
+  if (taken) CheckFinished();
   return taken;
+}
+
+bool CoachController::KeyDigit(int p, int digit) {
+  const bool taken = PlayerKeyDigit(state_, model_, Port(), p, digit);
+  if (taken) state_.WrongCells.clear();
+  Changed();
+  if (taken) CheckFinished();
+  return taken;
+}
+
+void CoachController::CheckFinished() {
+  if (TrackFinish(timer_, model_) != FinishChange::Finished) {
+    ShowTime();
+    return;
+  }
+  const std::int64_t ms = timer_.ElapsedMs();
+  ShowTime();
+  Port().SetStatusLine(FinishedStatusText(ms));
+  auto* parent = qobject_cast<QWidget*>(this->parent());
+  if (finishNote_ == nullptr) {
+    finishNote_ = new QMessageBox(QMessageBox::Information, "Quillmere", QString(), QMessageBox::Ok, parent);
+    finishNote_->setObjectName("FinishNote");
+    // A word, not a question: the window stays usable while it shows.
+    finishNote_->setWindowModality(Qt::NonModal);
+    finishNote_->setModal(false);
+  }
+  finishNote_->setText(QString::fromStdString(FinishedNoteText(ms)));
+  finishNote_->show();
+  finishNote_->raise();
+}
+
+void CoachController::ShowTime() {
+  if (timerLabel_ == nullptr) return;
+  timerLabel_->setText(QString::fromStdString("Time " + ClockText(timer_.ElapsedMs())));
+}
+
+void CoachController::SetInFront(bool inFront) {
+  timer_.SetInFront(inFront);
+  ShowTime();
 }
 
 bool CoachController::SignChoice(int p, const std::string& choice) {
@@ -181,14 +250,18 @@ void CoachController::Undo() {
   if (model_.SolverBusy) return;
   CoachUndo(state_, model_, Port());
   state_.WrongCells.clear();
+  Port().SetStatusLine("");  // it spoke of what was just taken back
   Changed();
+  CheckFinished();
 }
 
 void CoachController::Redo() {
   if (model_.SolverBusy) return;
   CoachRedo(state_, model_, Port());
   state_.WrongCells.clear();
+  Port().SetStatusLine("");
   Changed();
+  CheckFinished();
 }
 
 bool CoachController::HandleKey(const QKeyEvent& event) {
@@ -232,10 +305,17 @@ void CoachController::PuzzleReplaced() {
   shownStep_ = -1;
   RecomputePath();
   if (highlightMenu_ != nullptr && state_.HighlightDigit > model_.GridSize) SetHighlightDigit(0);
+  if (state_.PencilMode) SetPencilMode(true);  // its reminder outlasts the puzzle
+  timer_.Restart(GridFinished(model_));
+  if (finishNote_ != nullptr) finishNote_->hide();
+  ShowTime();
   grid_.update();
 }
 
 void CoachController::AfterAutoSolve(const std::string& outcome) {
+  // The solver finished the grid, not the player: the timer stops without a word.
+  if (outcome == kOutcomeDone) timer_.SetFinished(true);
+  ShowTime();
   if (outcome != kOutcomeMultiple) return;
   Port().SetBusy(true);
   const std::string verdict = StallVerdict(model_);
@@ -259,6 +339,30 @@ void CoachController::SetLiveConflicts(bool on) {
   state_.LiveConflicts = on;
   if (conflicts_ != nullptr && conflicts_->isChecked() != on) conflicts_->setChecked(on);
   grid_.update();
+}
+
+void CoachController::SetAllowAnyDigit(bool on) {
+  state_.AllowAnyDigit = on;
+  if (anyDigit_ != nullptr && anyDigit_->isChecked() != on) anyDigit_->setChecked(on);
+  if (options_.allowAnyDigit != on) {
+    options_.allowAnyDigit = on;
+    KeepOptions();
+  }
+  grid_.update();
+}
+
+void CoachController::SetShowTimer(bool on) {
+  if (showTimer_ != nullptr && showTimer_->isChecked() != on) showTimer_->setChecked(on);
+  if (timerLabel_ != nullptr) timerLabel_->setVisible(on);
+  if (options_.showTimer != on) {
+    options_.showTimer = on;
+    KeepOptions();
+  }
+}
+
+void CoachController::KeepOptions() {
+  const std::string path = model_.AppDir + std::string(kWindowOptionsFileName);
+  if (!WriteWindowOptions(path, options_)) Port().SetStatusLine("Options not kept: cannot write " + path);
 }
 
 void CoachController::CheckMyDigits() {
@@ -339,6 +443,7 @@ void CoachController::NextStep() {
   hintKey_.clear();
   Port().SetStatusLine(taken ? "Made: " + step.technique + ": " + Cp1252ToUtf8(step.text)
                             : "The step does not fit the digits entered: check them (Solve \u2192 Check My Digits)");
+  if (taken) CheckFinished();
 }
 
 void CoachController::ShowPathStep(int index) {
@@ -381,6 +486,12 @@ bool CoachController::eventFilter(QObject* watched, QEvent* event) {
     const auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier) {
       if (event->type() == QEvent::KeyPress) run_.Continue();
+      event->accept();
+      return true;
+    }
+    // Escape is the Cancel button's key while a paced solve waits.
+    if (key->key() == Qt::Key_Escape && key->modifiers() == Qt::NoModifier) {
+      if (event->type() == QEvent::KeyPress) CancelCommand(model_, run_);
       event->accept();
       return true;
     }

@@ -10,6 +10,8 @@
 #include "commands/coach_state.h"
 #include "commands/run_control.h"
 #include "commands/solution_path.h"
+#include "commands/solve_timer.h"
+#include "settings/window_options.h"
 #include "ui/background_job.h"
 #include "core/puzzle_model.h"
 #include "core/window_port.h"
@@ -17,6 +19,9 @@
 class QAction;
 class QActionGroup;
 class QKeyEvent;
+class QLabel;
+class QMessageBox;
+class QTimer;
 class QMainWindow;
 class QMenu;
 class QMenuBar;
@@ -51,6 +56,8 @@ class CoachController : public QObject {
   // The player's entries; true when the model took them.
   bool CellChoice(int p, const std::string& choice);
   bool SignChoice(int p, const std::string& choice);
+  // A digit key on cell p (Options -> "Allow Any Digit" lets it place any digit).
+  bool KeyDigit(int p, int digit);
   void Undo();
   void Redo();
 
@@ -65,15 +72,29 @@ class CoachController : public QObject {
   void SetPencilMode(bool on);
   void SetHighlightDigit(int digit);
   void SetLiveConflicts(bool on);
+  void SetAllowAnyDigit(bool on);
+  void SetShowTimer(bool on);
+  bool ShowTimer() const { return options_.showTimer; }
   void CheckMyDigits();
 
+  // The solving timer: paused while the window is in the background.
+  SolveTimer& Timer() { return timer_; }
+  void SetInFront(bool inFront);
+  QLabel* TimerLabel() const { return timerLabel_; }
+  // The note shown when the player finishes a puzzle (null until then).
+  QMessageBox* FinishNote() const { return finishNote_; }
+
  protected:
-  // Space goes on with a paced solve wherever the focus is.
+  // Space goes on with a paced solve wherever the focus is; Escape cancels it.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   void AddMenus(QMenuBar& bar);
   void Changed();
+  // After a player's action: stops the timer and says so when the grid is finished.
+  void CheckFinished();
+  void ShowTime();
+  void KeepOptions();
   void RebuildHighlightMenu();
   void Light(const std::vector<int>& cells, const std::vector<int>& targets);
   void Unlight();
@@ -87,6 +108,13 @@ class CoachController : public QObject {
   CoachState state_;
   QAction* pencil_ = nullptr;
   QAction* conflicts_ = nullptr;
+  QAction* anyDigit_ = nullptr;
+  QAction* showTimer_ = nullptr;
+  WindowOptions options_;
+  SolveTimer timer_;
+  QLabel* timerLabel_ = nullptr;
+  QTimer* tick_ = nullptr;
+  QMessageBox* finishNote_ = nullptr;
   QMenu* highlightMenu_ = nullptr;
   QActionGroup* highlightGroup_ = nullptr;
   std::vector<QAction*> highlightEntries_;

@@ -16,6 +16,7 @@ namespace {
 constexpr double kGapRatio = 0.42;  // a sign slot is this much narrower than a cell
 constexpr int kMargin = 14;
 constexpr int kPreferredCell = 64;
+constexpr int kReadableCell = 40;  // candidates are drawn at about a fifth of this
 
 QColor ToQColor(Rgb rgb) { return QColor(Red(rgb), Green(rgb), Blue(rgb)); }
 
@@ -74,6 +75,40 @@ void GridWidget::MoveCursor(int rows, int cols) {
   SetCursorPosition(model_.PositionOf[static_cast<std::size_t>(row)][static_cast<std::size_t>(col)]);
 }
 
+void GridWidget::MoveToCell(int rows, int cols) {
+  if (cursor_ < 0) {
+    SetCursorPosition(0);
+    return;
+  }
+  const int l = model_.LayoutExtent;
+  // Cells sit at odd layout indices: two steps from a cell, one from a gap; a gap line
+  // across the move is left for the cell line before it.
+  auto step = [l](int index, int by) {
+    if (by == 0) return index % 2 == 1 ? index : index - 1;
+    return std::clamp(index % 2 == 1 ? index + 2 * by : index + by, 1, l);
+  };
+  const int row = step(model_.RowOf[static_cast<std::size_t>(cursor_)], rows);
+  const int col = step(model_.ColOf[static_cast<std::size_t>(cursor_)], cols);
+  SetCursorPosition(model_.PositionOf[static_cast<std::size_t>(row)][static_cast<std::size_t>(col)]);
+}
+
+void GridWidget::MoveToGap(bool forward) {
+  const int count = model_.LastPosition + 1;
+  int k = cursor_ < 0 ? (forward ? -1 : count) : cursor_;
+  for (int i = 0; i < count; ++i) {
+    k = ((forward ? k + 1 : k - 1) % count + count) % count;
+    if (IsSignSlot(model_, k)) {
+      SetCursorPosition(k);
+      return;
+    }
+  }
+}
+
+bool GridWidget::focusNextPrevChild(bool next) {
+  MoveToGap(next);
+  return true;
+}
+
 GridWidget::Geometry GridWidget::Measure() const {
   const int n = model_.GridSize;
   const double units = n + (n - 1) * kGapRatio;
@@ -122,7 +157,13 @@ QSize GridWidget::sizeHint() const {
   return {capped, capped};
 }
 
-QSize GridWidget::minimumSizeHint() const { return {240, 240}; }
+QSize GridWidget::minimumSizeHint() const {
+  // Cells stay big enough for their candidates to be read (a 9x9 grid beside an open
+  // side panel): the grid takes its room before the panels do.
+  const int n = model_.GridSize;
+  const int side = static_cast<int>(kReadableCell * (n + (n - 1) * kGapRatio)) + 2 * kMargin;
+  return {std::max(240, side), std::max(240, side)};
+}
 
 void GridWidget::PaintSign(QPainter& painter, const QRectF& rect, QChar sign) const {
   const double s = std::min(rect.width(), rect.height()) * 0.55;
@@ -219,7 +260,7 @@ void GridWidget::paintEvent(QPaintEvent*) {
   // Digits that clash (when asked for) and digits a check found wrong get a ring.
   std::vector<int> ringed;
   if (coach_ != nullptr) {
-    if (coach_->LiveConflicts) ringed = ConflictCells(model_);
+    if (coach_->LiveConflicts || coach_->AllowAnyDigit) ringed = ConflictCells(model_);
     ringed.insert(ringed.end(), coach_->WrongCells.begin(), coach_->WrongCells.end());
   }
   for (int k = 0; k <= model_.LastPosition; ++k) {

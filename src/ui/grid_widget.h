@@ -37,7 +37,12 @@ class GridWidget : public QWidget {
   // The keyboard cursor: a layout position, or -1.
   int CursorPosition() const { return cursor_; }
   void SetCursorPosition(int k);
+  // One layout position on (Shift with an arrow: gaps included).
   void MoveCursor(int rows, int cols);
+  // From cell to cell (the arrows); from a gap, to the nearest cell that way.
+  void MoveToCell(int rows, int cols);
+  // To the next (or previous) sign slot in reading order, round the grid (Tab).
+  void MoveToGap(bool forward);
 
   int PositionAt(const QPoint& point) const;
   QRect PositionRect(int k) const;
@@ -52,6 +57,8 @@ class GridWidget : public QWidget {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  // Tab and Shift+Tab walk the sign slots instead of leaving the grid.
+  bool focusNextPrevChild(bool next) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
 

@@ -139,8 +139,10 @@ void MainWindow::BuildPanel() {
   go->setObjectName("cmdgo");
   go->setText("Go");
   go->setToolTip("Read the puzzle with this number");
-  connect(puzNumNow_, &QLineEdit::returnPressed, this,
-          [this] { GoToTypedNumber(model_, *this, puzNumNow_->text().toStdString()); });
+  connect(puzNumNow_, &QLineEdit::returnPressed, this, [this] {
+    // A number that is not read goes back to the one shown.
+    if (GoToTypedNumber(model_, *this, puzNumNow_->text().toStdString()) != CommandResult::Done) ShowPuzzleInfo();
+  });
   connect(go, &QToolButton::clicked, this,
           [this] { GoToPuzzleNumber(model_, *this, puzNumNow_->text().toStdString()); });
   number->addWidget(puzNumber_);
@@ -342,6 +344,8 @@ bool MainWindow::IsToggleOn(const QString& name) const {
   if (name == "mnuviewsol") return model_.SolutionShown;
   if (name == "mnupencil") return coach_->State().PencilMode;
   if (name == "mnuconflicts") return coach_->State().LiveConflicts;
+  if (name == "mnuanydigit") return coach_->State().AllowAnyDigit;
+  if (name == "mnushowtimer") return coach_->ShowTimer();
   return false;
 }
 
@@ -521,7 +525,7 @@ void MainWindow::ShowPuzzleInfo() {
   puzInfo_[0]->setText(QString::number(model_.GridSize));
   puzInfo_[1]->setText(QString::number(model_.ConstraintCount));
   puzInfo_[2]->setText(QString::number(model_.ClueCount));
-  puzNumNow_->setText(QString::number(model_.CurrentPuzzle));
+  puzNumNow_->setText(QString::fromStdString(PuzzleNumberText(model_)));
   label4_->setText(QString::fromStdString(" of" + Str(model_.PuzzleCount)));
   label3_->setText(FromModel(model_.Comment));
 }
@@ -733,18 +737,27 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
     return;
   }
   if (coach_->HandleKey(*event)) return;
+  // Arrows go from cell to cell; with Shift they stop at the gaps between (as Tab does).
+  const bool byGap = (event->modifiers() & Qt::ShiftModifier) != 0;
+  const auto move = [&](int rows, int cols) {
+    if (byGap) {
+      grid_->MoveCursor(rows, cols);
+    } else {
+      grid_->MoveToCell(rows, cols);
+    }
+  };
   switch (event->key()) {
     case Qt::Key_Left:
-      grid_->MoveCursor(0, -1);
+      move(0, -1);
       return;
     case Qt::Key_Right:
-      grid_->MoveCursor(0, 1);
+      move(0, 1);
       return;
     case Qt::Key_Up:
-      grid_->MoveCursor(-1, 0);
+      move(-1, 0);
       return;
     case Qt::Key_Down:
-      grid_->MoveCursor(1, 0);
+      move(1, 0);
       return;
     default:
       break;
@@ -761,7 +774,7 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
     } else if (text.compare("h", Qt::CaseInsensitive) == 0) {
       coach_->CellChoice(k, "Hint");
     } else if (text.size() == 1 && text[0] >= '1' && text[0] <= QChar('0' + model_.GridSize)) {
-      coach_->CellChoice(k, text.toStdString());
+      coach_->KeyDigit(k, text[0].unicode() - '0');
     }
     return;
   }
@@ -780,7 +793,7 @@ void MainWindow::mousePressEvent(QMouseEvent* event) {
 }
 
 bool MainWindow::OpenFile(const QString& path) {
-  return OpenCollection(model_, *this, path.toStdString()) == CommandResult::Done;
+  return OpenNamedCollection(model_, *this, path.toStdString()) == CommandResult::Done;
 }
 
 void MainWindow::Exit() {

@@ -17,7 +17,7 @@ constexpr std::array kDialogEntries = {"mnuload",      "mnusaveas",  "mnusortpuz
 
 // The toggles, which show a check mark.
 constexpr std::array kToggles = {"mnucolx", "mnycellcolor", "mnuviewsol", "mnupencil", "mnuconflicts",
-                                 "mnupathpanel"};
+                                 "mnuanydigit", "mnushowtimer", "mnupathpanel"};
 
 struct Shortcut {
   const char* name;

@@ -22,7 +22,7 @@ PathPanel::PathPanel(QWidget* parent) : QDockWidget("Solution Path", parent) {
   steps_->setObjectName("PathSteps");
   steps_->setWordWrap(true);
   steps_->setSelectionMode(QAbstractItemView::SingleSelection);
-  copy_ = new QPushButton("&Copy as Text", body);
+  copy_ = new QPushButton("Cop&y as Text", body);
   copy_->setObjectName("PathCopy");
   column->addWidget(grade_);
   column->addWidget(steps_, 1);

@@ -1,11 +1,14 @@
 #include "ui/view_all_window.h"
 
+#include <algorithm>
 #include <QHeaderView>
+#include <QStyle>
 #include <QLabel>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
 #include "commands/solution_path.h"
+#include "reasoning/ladder.h"
 #include "core/collection_file.h"
 #include "core/text_rules.h"
 
@@ -82,10 +85,18 @@ void ViewAllWindow::Show(const std::string& path, const std::string& total) {
     table_->setItem(row, kGradeColumn, cell(QString::fromUtf8("…"), 1e9, false));
   }
   table_->resizeColumnsToContents();
+  // The grades arrive later: their column is made wide enough for the longest name now.
+  int widest = table_->horizontalHeader()->sectionSizeHint(kGradeColumn);
+  for (int rung = 0; rung <= reasoning::kTopRung; ++rung) {
+    widest = std::max(widest, table_->fontMetrics().horizontalAdvance(QString::fromStdString(reasoning::RungName(rung))));
+  }
+  widest = std::max(widest, table_->fontMetrics().horizontalAdvance("unreadable"));
+  table_->setColumnWidth(kGradeColumn, widest + 2 * table_->style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 16);
   table_->setSortingEnabled(true);
   total_->setText(QString::fromStdString(total));
   show();
   raise();
+  activateWindow();  // so that its keys (Escape closes it) reach it
 
   // The grades take a moment each: they arrive one by one while the list can be used.
   const int generation = ++generation_;

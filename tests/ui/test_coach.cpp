@@ -314,8 +314,8 @@ class CoachTest : public QObject {
     f_->Trigger("mnuautosol");
     QCOMPARE(f_->messages.last(), QString("This puzzle has multiple solutions"));
     QCOMPARE(f_->window->StatusLine(),
-             QString("A search finds exactly one solution: it needs techniques beyond these six "
-                     "(Solve \u2192 Next Step explains them)"));
+             QString("The six techniques stop here, yet the puzzle has exactly one solution: Next Step (F3) "
+                     "explains the rest"));
     QCOMPARE(qm::SaveCandidates(Model()), before);
 
     EmptyGrid(3);

@@ -176,15 +176,14 @@ class MainWindowTest : public QObject {
     window_->Grid()->setFocus();
     QTest::keyClick(window_.get(), Qt::Key_2);
     QCOMPARE(model.PosText[0], std::string("2"));
-    QTest::keyClick(window_.get(), Qt::Key_Right);
-    QTest::keyClick(window_.get(), Qt::Key_Right);
+    QTest::keyClick(window_.get(), Qt::Key_Right);  // the next cell, over the gap
     QTest::keyClick(window_.get(), Qt::Key_2);
     QCOMPARE(model.PosText[2], std::string(""));  // refused: 2 is in the row
     QTest::keyClick(window_.get(), Qt::Key_H);
     QCOMPARE(model.PosText[2], std::string("13"));
     QTest::keyClick(window_.get(), Qt::Key_Z, Qt::ControlModifier);
     QCOMPARE(model.PosText[2], std::string(""));
-    QTest::keyClick(window_.get(), Qt::Key_Left);
+    QTest::keyClick(window_.get(), Qt::Key_Left, Qt::ShiftModifier);  // the gap
     QTest::keyClick(window_.get(), Qt::Key_Less);
     QCOMPARE(model.PosText[1], std::string(""));  // a "<" after a 2 and before an empty cell
     QTest::mouseClick(window_->findChild<QPushButton*>("UndoMan"), Qt::LeftButton);
