@@ -1,5 +1,6 @@
 #include "core/collection_file.h"
 
+#include <algorithm>
 #include <array>
 #include <stdexcept>
 #include <vector>
@@ -166,15 +167,12 @@ std::string ReadErrorMessage(int n, const std::string& path) {
   return "Error reading puzzle#" + Str(n) + " in file:" + std::string(kLineBreak) + path;
 }
 
-ReadResult LoadPuzzle(PuzzleModel& model, const std::string& path, int n) {
-  if (n == -1) {
-    ClearPositions(model);
-    return {};
-  }
+namespace {
 
-  model.PuzzleCount = CountPuzzles(path);
-  LineReader file(path);
-  const RecordLocation where = FindRecord(file, n - 1);
+// Reads the record whose "#" line `file` has just passed (at `where`) into the model as
+// puzzle n of `path`, the way LoadPuzzle does.
+ReadResult LoadFound(PuzzleModel& model, LineReader& file, const RecordLocation& where, const std::string& path,
+                     int n) {
   model.RecordNumber = where.number;
 
   bool loaded = false;
@@ -207,6 +205,33 @@ ReadResult LoadPuzzle(PuzzleModel& model, const std::string& path, int n) {
   model.SolutionList.clear();
   model.SolverBusy = false;
   return {"#" + std::to_string(model.RecordNumber) + " " + comment, false};
+}
+
+}  // namespace
+
+ReadResult LoadPuzzle(PuzzleModel& model, const std::string& path, int n) {
+  if (n == -1) {
+    ClearPositions(model);
+    return {};
+  }
+  model.PuzzleCount = CountPuzzles(path);
+  LineReader file(path);
+  return LoadFound(model, file, FindRecord(file, n - 1), path, n);
+}
+
+int ReadPuzzleRange(const std::string& path, int first, int last,
+                    const std::function<bool(PuzzleModel&, int)>& take) {
+  const int count = CountPuzzles(path);
+  LineReader file(path);
+  for (int n = std::max(1, first); n <= last; ++n) {
+    // Each record is found from where the one before it ended: the file is read once.
+    const RecordLocation where = FindRecord(file, n == std::max(1, first) ? n - 1 : 0);
+    PuzzleModel model;
+    model.PuzzleCount = count;
+    if (LoadFound(model, file, where, path, n).notFound) return n;
+    if (!take(model, n)) break;
+  }
+  return 0;
 }
 
 bool AppendPuzzle(const PuzzleModel& model, const std::string& comment, int number, const std::string& path) {

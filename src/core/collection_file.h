@@ -9,6 +9,7 @@
 // Puzzle #n of a file is its n-th record in file order, whatever number it carries.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,6 +61,12 @@ struct ReadResult {
 // and reports notFound; the file is only ever read. (ReadPuzzle is the command that
 // also shows it.)
 ReadResult LoadPuzzle(PuzzleModel& model, const std::string& path, int n);
+
+// Reads puzzles first..last (1-based) of the file in one pass, each loaded as LoadPuzzle
+// would into a model of its own that `take` is handed with its ordinal; `take` returns
+// false to stop. The ordinal of the first puzzle that cannot be read, or 0.
+int ReadPuzzleRange(const std::string& path, int first, int last,
+                    const std::function<bool(PuzzleModel&, int)>& take);
 
 // A comment that begins with "#" would read back as a record line and shift every
 // record after it: titles and descriptions are refused with this message.
