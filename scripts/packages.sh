@@ -9,7 +9,7 @@ QM_BUILD_PACKAGES=(
     g++ cmake ninja-build pkg-config
     libgtest-dev libgmock-dev libbenchmark-dev
     libcli11-dev nlohmann-json3-dev
-    qt6-base-dev qt6-svg-dev libgl-dev
+    qt6-base-dev qt6-svg-dev libgl-dev libqpdf-dev
     python3 python3-xlrd fonts-dejavu-core poppler-utils
     clang libclang-rt-14-dev time parallel xvfb xdotool x11-apps
 )

@@ -14,10 +14,12 @@
 #include "core/collection_file.h"
 #include "core/file_replace.h"
 #include "core/text_rules.h"
+#include "commands/print_answers.h"
 #include "commands/save_commands.h"
 #include "reasoning/ladder.h"
 
 #ifdef QUILLMERE_HAS_RENDER
+#include <QBuffer>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPageLayout>
@@ -45,6 +47,12 @@ struct BookArgs {
   bool landscape = false;
   std::string order = "file";
   bool grades = false;
+  std::string caption;
+  double bleed = 0;
+  std::string mirror;
+  bool titlePage = false;
+  bool howToPlay = false;
+  bool contents = false;
   std::string out;
 };
 
@@ -54,10 +62,72 @@ struct RenderArgs {
   std::string out;
 };
 
-// The page sizes --page takes, named without Qt so the Qt-free build checks them too.
-constexpr std::array<const char*, 5> kPageNames{"a3", "a4", "a5", "letter", "legal"};
+// The page sizes --page takes, named without Qt so the Qt-free build checks them too,
+// with their trim sizes in millimetres (portrait).
+struct PaperName {
+  const char* name;
+  double width;
+  double height;
+};
+constexpr std::array<PaperName, 7> kPapers{{{"a3", 297, 420},
+                                             {"a4", 210, 297},
+                                             {"a5", 148, 210},
+                                             {"letter", 215.9, 279.4},
+                                             {"legal", 215.9, 355.6},
+                                             {"6x9in", 152.4, 228.6},
+                                             {"8.5x11in", 215.9, 279.4}}};
+
+std::vector<std::string> PaperNames() {
+  std::vector<std::string> names;
+  for (const PaperName& paper : kPapers) names.emplace_back(paper.name);
+  return names;
+}
 
 #ifdef QUILLMERE_HAS_RENDER
+
+// --caption: a comma list of number, title and grade. The number always leads.
+render::Captions ParseCaptions(const std::string& text, bool grades) {
+  render::Captions captions;
+  if (text.empty()) {
+    captions.grade = true;
+    return captions;
+  }
+  captions.grade = grades;
+  std::size_t start = 0;
+  while (start <= text.size()) {
+    const std::size_t comma = std::min(text.find(',', start), text.size());
+    const std::string part = text.substr(start, comma - start);
+    if (part == "title") {
+      captions.title = true;
+    } else if (part == "grade") {
+      captions.grade = true;
+    } else if (part != "number") {
+      throw UsageError{"--caption takes number, title and grade separated by commas, got " + text};
+    }
+    start = comma + 1;
+  }
+  return captions;
+}
+
+// --mirror-margins INNER,OUTER in millimetres.
+std::pair<double, double> ParseMirror(const std::string& text) {
+  const std::size_t comma = text.find(',');
+  auto number = [&](const std::string& part) {
+    std::size_t used = 0;
+    double value = -1;
+    try {
+      value = std::stod(part, &used);
+    } catch (const std::exception&) {
+      used = 0;
+    }
+    if (used == 0 || used != part.size() || !std::isfinite(value) || value < 0 || value > 50) {
+      throw UsageError{"--mirror-margins must be INNER,OUTER in millimetres from 0 to 50, got " + text};
+    }
+    return value;
+  };
+  if (comma == std::string::npos) number("");
+  return {number(text.substr(0, comma)), number(text.substr(comma + 1))};
+}
 
 bool EndsWith(std::string text, std::string_view tail) {
   std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -91,23 +161,58 @@ class HeadlessGui {
   std::unique_ptr<QGuiApplication> app_;
 };
 
-QPageSize::PageSizeId PageSizeOf(const std::string& name) {
-  constexpr std::array<QPageSize::PageSizeId, kPageNames.size()> ids{QPageSize::A3, QPageSize::A4, QPageSize::A5,
-                                                                     QPageSize::Letter, QPageSize::Legal};
-  for (std::size_t i = 0; i < kPageNames.size(); ++i) {
-    if (name == kPageNames[i]) return ids[i];
-  }
-  return QPageSize::A4;
-}
+// The example on the how-to-play page: a small puzzle of the shipped collection, with
+// the first steps the technique ladder takes on it.
+constexpr std::array<const char*, 7> kExampleRows{"....1..|3.2.1.4", "..^....|..^....", "..3....|2.3.4.1",
+                                                  "v......|v......", ".......|1.4.2.3", ".......|.......",
+                                                  ".>....2|4>1.3.2"};
+constexpr std::size_t kExampleSteps = 7;
 
-// Writes through a scratch file, so a failed book never cuts an earlier one.
-bool WriteSafely(const std::string& path, const std::function<bool(const QString&)>& write) {
-  return ReplaceFile(path, [&](const std::string& scratch) { return write(QString::fromStdString(scratch)); });
+render::WorkedExample Example() {
+  PuzzleModel model;
+  SetSize(model, 4);
+  for (int r = 1; r <= model.LayoutExtent; ++r) {
+    const std::string_view row = kExampleRows[static_cast<std::size_t>(r - 1)];
+    for (int c = 1; c <= model.LayoutExtent; ++c) {
+      const auto k = static_cast<std::size_t>(model.PositionOf[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)]);
+      const char shown = row[static_cast<std::size_t>(c - 1)];
+      const char solved = row[static_cast<std::size_t>(c + model.LayoutExtent)];
+      model.PosText[k] = shown == '.' ? std::string() : std::string(1, shown);
+      model.GivenValue[k] = shown >= '1' && shown <= '9' ? shown - '0' : 0;
+      model.SolutionText[k] = solved == '.' ? std::string() : std::string(1, solved);
+    }
+  }
+  render::WorkedExample example;
+  example.puzzle = render::TakePuzzle(model, 1);
+  const reasoning::Explanation explanation = reasoning::ExplainModel(model);
+  for (const reasoning::Step& step : explanation.steps) {
+    if (example.steps.size() == kExampleSteps) {
+      example.steps.emplace_back("... and so on, until every cell holds its digit.");
+      break;
+    }
+    example.steps.push_back(step.text);
+  }
+  return example;
 }
 
 int RunBook(Output& output, BookArgs args) {
   if (args.out.empty()) throw UsageError{"-o: the output file name is empty"};
   if (args.rangeGiven && args.range.empty()) throw UsageError{"--range is empty"};
+  const render::Captions captions = ParseCaptions(args.caption, args.grades);
+  render::PageSpec spec;
+  for (const PaperName& paper : kPapers) {
+    if (args.page == paper.name) spec.trim = QSizeF(paper.width, paper.height);
+  }
+  if (args.landscape) spec.trim.transpose();
+  spec.bleed = args.bleed;
+  spec.top = spec.bottom = spec.inner = spec.outer = render::kBookMarginMm;
+  if (!args.mirror.empty()) {
+    std::tie(spec.inner, spec.outer) = ParseMirror(args.mirror);
+    spec.mirror = true;
+    if (spec.inner + spec.outer > spec.trim.width() / 2) {
+      throw UsageError{"--mirror-margins " + args.mirror + " leave too little of the page"};
+    }
+  }
   const int count = CountPuzzles(args.file);
   Range range = ParseRange(args.range);
   if (!args.rangeGiven) range.last = count;
@@ -117,20 +222,26 @@ int RunBook(Output& output, BookArgs args) {
   }
   if (!EndsWith(args.out, ".pdf")) args.out += ".pdf";
 
+  // The file is read once; every puzzle gets its answer (refused, before anything is
+  // written, when it has none or more than one) and, when asked for, its grade.
+  const bool graded = captions.grade || args.order == "grade" || args.contents;
   std::vector<render::PrintedPuzzle> puzzles;
   std::vector<std::pair<int, double>> grades;  // level and score, when ordering by grade
-  PuzzleModel model;
-  for (int n = range.first; n <= range.last; ++n) {
-    if (LoadPuzzle(model, args.file, n).notFound) {
-      return Fail(output, Cp1252ToUtf8(ReadErrorMessage(n, args.file)), {{"ordinal", n}});
-    }
+  std::string refusal;
+  const int unread = ReadPuzzleRange(args.file, range.first, range.last, [&](PuzzleModel& model, int n) {
+    refusal = CompleteSolution(model, n);
+    if (!refusal.empty()) return false;
     puzzles.push_back(render::TakePuzzle(model, n));
-    if (args.order == "grade" || args.grades) {
+    if (graded) {
       const reasoning::Grade grade = reasoning::ExplainModel(model).grade;
       puzzles.back().grade = grade.name;
+      puzzles.back().gradeLevel = grade.level;
       grades.emplace_back(grade.level, grade.score);
     }
-  }
+    return true;
+  });
+  if (unread != 0) return Fail(output, Cp1252ToUtf8(ReadErrorMessage(unread, args.file)), {{"ordinal", unread}});
+  if (!refusal.empty()) return Fail(output, refusal, {{"file", args.file}});
   if (args.order == "grade") {
     // Easiest first; puzzles of the same grade keep the file's order.
     std::vector<std::size_t> order(puzzles.size());
@@ -143,24 +254,22 @@ int RunBook(Output& output, BookArgs args) {
 
   HeadlessGui gui;
   render::BookOptions options;
-  options.title = QString::fromStdString(args.title.empty() ? FileNameOf(args.file) : args.title);
+  options.title = args.title.empty() ? QStringLiteral("Inequality Puzzles") : QString::fromStdString(args.title);
   options.perPage = args.perPage;
   options.answersPerPage = args.answersPerPage;
   options.answers = !args.noAnswers;
+  options.captions = captions;
+  options.page = spec;
+  options.titlePage = args.titlePage;
+  options.howToPlay = args.howToPlay;
+  options.contents = args.contents;
+  if (args.howToPlay) options.example = Example();
   const std::vector<render::Page> pages = render::PlanBook(puzzles, options);
 
-  const bool written = WriteSafely(args.out, [&](const QString& file) {
-    QPdfWriter writer(file);
-    writer.setTitle(options.title);
-    writer.setCreator(QStringLiteral("Quillmere"));
-    writer.setResolution(600);
-    const double margin = render::kBookMarginMm;
-    writer.setPageLayout(QPageLayout(QPageSize(PageSizeOf(args.page)),
-                                     args.landscape ? QPageLayout::Landscape : QPageLayout::Portrait,
-                                     QMarginsF(margin, margin, margin, margin), QPageLayout::Millimeter));
-    return render::PaintBook(writer, pages, options);
-  });
-  if (!written) {
+  // The file's properties name the collection when the book was given no title.
+  const QString documentTitle = args.title.empty() ? QString::fromStdString(FileNameOf(args.file)) : options.title;
+  const QByteArray pdf = render::BookPdf(pages, options, documentTitle, QStringLiteral("Quillmere"));
+  if (pdf.isEmpty() || !ReplaceFileWith(args.out, std::string_view(pdf.constData(), static_cast<std::size_t>(pdf.size())))) {
     return Fail(output, Cp1252ToUtf8(WriteErrorMessage(args.out)), {{"file", args.out}});
   }
   const int pageCount = static_cast<int>(pages.size());
@@ -188,6 +297,10 @@ int RunRender(Output& output, const RenderArgs& args, PuzzleModel& model) {
   } else if (!EndsWith(args.out, ".svg")) {
     throw UsageError{"-o: the file name must end in .svg, .png or .pdf, got " + args.out};
   }
+  if (args.solution) {
+    const std::string refusal = CompleteSolution(model, args.puzzle.ordinal);
+    if (!refusal.empty()) return Fail(output, refusal, {{"file", args.puzzle.file}, {"ordinal", args.puzzle.ordinal}});
+  }
   HeadlessGui gui;
   render::PrintedPuzzle puzzle = render::TakePuzzle(model, args.puzzle.ordinal);
   const render::GridStyle style = args.solution ? render::GridStyle::Answer : render::GridStyle::Puzzle;
@@ -195,14 +308,18 @@ int RunRender(Output& output, const RenderArgs& args, PuzzleModel& model) {
   const double sideMm = gridMm + 2 * kRenderMarginMm;
   const QString title =
       QString::fromStdString(FileNameOf(args.puzzle.file)) + QStringLiteral(" #%1").arg(args.puzzle.ordinal);
-  const bool written = WriteSafely(args.out, [&](const QString& file) {
-    bool done = false;
+  // Drawn in memory, then written through the one safe replacement.
+  QByteArray bytes;
+  bool drawn = false;
+  {
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
     switch (kind) {
       case Kind::Svg: {
         constexpr double dpi = 96.0;
         const double px = sideMm * dpi / 25.4;
         QSvgGenerator svg;
-        svg.setFileName(file);
+        svg.setOutputDevice(&buffer);
         svg.setResolution(static_cast<int>(dpi));
         svg.setSize(QSize(static_cast<int>(std::ceil(px)), static_cast<int>(std::ceil(px))));
         svg.setViewBox(QRectF(0, 0, px, px));
@@ -211,7 +328,7 @@ int RunRender(Output& output, const RenderArgs& args, PuzzleModel& model) {
         if (painter.begin(&svg)) {
           const double margin = kRenderMarginMm * dpi / 25.4;
           render::DrawGrid(painter, QRectF(margin, margin, px - 2 * margin, px - 2 * margin), puzzle, style);
-          done = painter.end();
+          drawn = painter.end();
         }
         break;
       }
@@ -226,11 +343,11 @@ int RunRender(Output& output, const RenderArgs& args, PuzzleModel& model) {
         const double margin = kRenderMarginMm * dpi / 25.4;
         render::DrawGrid(painter, QRectF(margin, margin, px - 2 * margin, px - 2 * margin), puzzle, style);
         painter.end();
-        done = image.save(file, "PNG");
+        drawn = image.save(&buffer, "PNG");
         break;
       }
       case Kind::Pdf: {
-        QPdfWriter writer(file);
+        QPdfWriter writer(&buffer);
         writer.setTitle(title);
         writer.setCreator(QStringLiteral("Quillmere"));
         writer.setPageLayout(QPageLayout(QPageSize(QSizeF(sideMm, sideMm), QPageSize::Millimeter), QPageLayout::Portrait,
@@ -239,13 +356,15 @@ int RunRender(Output& output, const RenderArgs& args, PuzzleModel& model) {
         QPainter painter;
         if (painter.begin(&writer)) {
           render::DrawGrid(painter, QRectF(0, 0, writer.width(), writer.height()), puzzle, style);
-          done = painter.end();
+          drawn = painter.end();
         }
         break;
       }
     }
-    return done;
-  });
+  }
+  const bool written =
+      drawn && !bytes.isEmpty() &&
+      ReplaceFileWith(args.out, std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
   if (!written) return Fail(output, Cp1252ToUtf8(WriteErrorMessage(args.out)), {{"file", args.out}});
   if (output.json) {
     PrintJson(output, Json{{"file", args.out}, {"ordinal", args.puzzle.ordinal}, {"solution", args.solution}});
@@ -282,11 +401,21 @@ void RegisterBookCommands(CLI::App& app, CommandList& commands, bool& json) {
       ->check(CLI::Range(1, 20));
   command->add_flag("--no-answers", book->noAnswers, "Leave out the answer key");
   command->add_option("--title", book->title, "The book's title (default the file's name)");
-  command->add_option("--page", book->page, "a4, letter, a3, a5 or legal (default a4)")
-      ->check(CLI::IsMember(std::vector<std::string>(kPageNames.begin(), kPageNames.end())));
+  command->add_option("--page", book->page, "a4, letter, a5, 6x9in, 8.5x11in, a3 or legal (default a4)")
+      ->check(CLI::IsMember(PaperNames()));
   command->add_flag("--landscape", book->landscape, "Landscape pages");
   command->add_option("--order", book->order, "file or grade (default file)")->check(CLI::IsMember({"file", "grade"}));
   command->add_flag("--grades", book->grades, "Name each puzzle's grade in its caption");
+  command->add_option("--caption", book->caption,
+                      "What captions show after the number: number, title, grade, comma-separated (default "
+                      "number,grade)");
+  command->add_option("--bleed", book->bleed, "Millimetres of bleed on each side, 0 to 10 (default 0)")
+      ->check(CLI::Range(0.0, 10.0));
+  command->add_option("--mirror-margins", book->mirror,
+                      "INNER,OUTER margins in millimetres, the inner one on the binding side");
+  command->add_flag("--title-page", book->titlePage, "Begin with a title page");
+  command->add_flag("--how-to-play", book->howToPlay, "A page with the rules and a worked example");
+  command->add_flag("--contents", book->contents, "Contents by grade section (when the puzzles rise in grade)");
   command->add_option("-o,--out", book->out, "Output PDF (\".pdf\" is added when missing)")->required();
 
   auto picture = std::make_shared<RenderArgs>();

@@ -52,25 +52,22 @@ void PressArrow(PuzzleModel& model, RunControl& run, int index) {
 }
 
 bool ReadPrintRange(const PuzzleModel& model, RunControl& run, int first, int last,
-                    const std::function<void(const PuzzleModel&, int)>& take) {
+                    const std::function<std::string(PuzzleModel&, int)>& take) {
   WindowPort& port = run.Port();
   run.CancelRequest = false;
   port.SetBusy(true);
   std::string failure;
-  for (int n = first; n <= last && failure.empty(); ++n) {
+  const int unread = ReadPuzzleRange(model.CurrentFile, first, last, [&](PuzzleModel& scratch, int n) {
     port.ProcessEvents();
-    if (run.CancelRequest) break;
-    PuzzleModel scratch;
-    if (LoadPuzzle(scratch, model.CurrentFile, n).notFound) {
-      failure = ReadErrorMessage(n, model.CurrentFile);
-    } else {
-      take(scratch, n);
-    }
-  }
+    if (run.CancelRequest) return false;
+    failure = take(scratch, n);
+    return failure.empty();
+  });
+  if (unread != 0 && !run.CancelRequest) failure = ReadErrorMessage(unread, model.CurrentFile);
   port.SetBusy(false);
   const bool cancelled = run.CancelRequest;
   run.CancelRequest = false;
-  if (!failure.empty()) port.ShowMessage(failure);
+  if (!failure.empty() && !cancelled) port.ShowMessage(failure);
   return failure.empty() && !cancelled;
 }
 

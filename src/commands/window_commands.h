@@ -24,12 +24,13 @@ bool StartOnPuzzle(PuzzleModel& model, WindowPort& port, const std::string& numb
 // through the collection, or set the pace while a paced solve runs.
 void PressArrow(PuzzleModel& model, RunControl& run, int index);
 
-// Reads puzzles first..last of the current collection, each into a model of its own that
-// `take` is handed with its ordinal; the shown puzzle and its edits stay as they are.
-// Cancel stops the reading. False, after the message of a record that cannot be read,
-// or quietly after a cancel: then nothing is to be printed.
+// Reads puzzles first..last of the current collection in one pass, each into a model of
+// its own that `take` is handed with its ordinal; the shown puzzle and its edits stay as
+// they are. `take` returns a message to stop on (a puzzle that cannot be printed), else
+// nothing. Cancel stops the reading. False, after the message of a record that cannot
+// be read or of `take`, or quietly after a cancel: then nothing is to be printed.
 bool ReadPrintRange(const PuzzleModel& model, RunControl& run, int first, int last,
-                    const std::function<void(const PuzzleModel&, int)>& take);
+                    const std::function<std::string(PuzzleModel&, int)>& take);
 
 // What the puzzle-number box shows: the current puzzle's number, or nothing while the
 // grid is not a record of the file (a new grid, a puzzle just made).

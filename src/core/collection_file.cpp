@@ -1,5 +1,6 @@
 #include "core/collection_file.h"
 
+#include <algorithm>
 #include <array>
 #include <deque>
 #include <stdexcept>
@@ -274,6 +275,25 @@ bool RecordStream::Next(PuzzleModel& model, bool load, ReadResult& result) {
   }
   ahead_.pop_front();
   return true;
+}
+
+int ReadPuzzleRange(const std::string& path, int first, int last,
+                    const std::function<bool(PuzzleModel&, int)>& take) {
+  const int count = CountPuzzles(path);
+  first = std::max(1, first);
+  RecordStream stream(path);
+  PuzzleModel skipped;
+  ReadResult result;
+  for (int n = 1; n <= last; ++n) {
+    const bool wanted = n >= first;
+    PuzzleModel model;
+    if (!stream.Next(wanted ? model : skipped, wanted, result)) return std::max(n, first);
+    if (!wanted) continue;
+    model.PuzzleCount = count;
+    if (result.notFound) return n;
+    if (!take(model, n)) break;
+  }
+  return 0;
 }
 
 bool AppendPuzzle(const PuzzleModel& model, const std::string& comment, int number, const std::string& path) {

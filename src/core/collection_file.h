@@ -10,6 +10,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -88,6 +89,12 @@ class RecordStream {
   std::deque<std::string> ahead_;  // the lines read but not yet passed
   int ordinal_ = 0;
 };
+
+// Reads puzzles first..last (1-based) of the file in one pass, each loaded as LoadPuzzle
+// would into a model of its own that `take` is handed with its ordinal; `take` returns
+// false to stop. The ordinal of the first puzzle that cannot be read, or 0.
+int ReadPuzzleRange(const std::string& path, int first, int last,
+                    const std::function<bool(PuzzleModel&, int)>& take);
 
 // A comment that begins with "#" would read back as a record line and shift every
 // record after it: titles and descriptions are refused with this message.

@@ -29,6 +29,7 @@
 #include "commands/batch_creation.h"
 #include "commands/collection_commands.h"
 #include "commands/grid_commands.h"
+#include "commands/print_answers.h"
 #include "commands/record_commands.h"
 #include "commands/save_commands.h"
 #include "commands/settings_commands.h"
@@ -614,8 +615,15 @@ void MainWindow::ShowHelp() {
 
 void MainWindow::PrintCurrent() {
   if (model_.SolverBusy) return;
-  // The puzzle on its page and, when wanted, its solution on the next one.
-  const PrintedPuzzle puzzle = TakePuzzle(model_, model_.CurrentPuzzle);
+  // The puzzle on its page and, when wanted, its solution on the next one; a puzzle
+  // without one solution is not printed.
+  PuzzleModel scratch = model_;
+  const std::string refusal = CompleteSolution(scratch, model_.CurrentPuzzle);
+  if (!refusal.empty()) {
+    ShowMessage(refusal);
+    return;
+  }
+  const PrintedPuzzle puzzle = TakePuzzle(scratch, model_.CurrentPuzzle, true);
   render::BookOptions options;
   options.title = PrintTitle();
   options.answersOnOwnPage = true;
@@ -631,12 +639,19 @@ void MainWindow::PrintFromFile() {
     return;
   }
   PrintRangeDialog range(count, model_.CurrentPuzzle, this);
-  if (RunModal(range) != QDialog::Accepted || range.First() > range.Last()) return;
+  if (RunModal(range) != QDialog::Accepted) return;
+  if (range.First() > range.Last()) {
+    ShowMessage("Nothing to print: From puzzle# " + std::to_string(range.First()) + " comes after To puzzle# " +
+                std::to_string(range.Last()));
+    return;
+  }
   // Reading a long range takes a while: Cancel stops it, and nothing is printed.
   std::vector<PrintedPuzzle> puzzles;
   LockInput(true);
-  const bool read = ReadPrintRange(model_, run_, range.First(), range.Last(), [&](const PuzzleModel& scratch, int n) {
-    puzzles.push_back(TakePuzzle(scratch, n, range.Grades()));
+  const bool read = ReadPrintRange(model_, run_, range.First(), range.Last(), [&](PuzzleModel& scratch, int n) {
+    std::string refusal = CompleteSolution(scratch, n);
+    if (refusal.empty()) puzzles.push_back(TakePuzzle(scratch, n, range.Grades()));
+    return refusal;
   });
   LockInput(false);
   if (!read) return;
@@ -645,6 +660,7 @@ void MainWindow::PrintFromFile() {
   options.perPage = range.PerPage();
   options.answersPerPage = range.AnswersPerPage();
   options.answers = range.Answers();
+  options.captions.grade = range.Grades();
   RunPrint(render::PlanBook(puzzles, options), options);
 }
 

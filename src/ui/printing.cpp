@@ -21,13 +21,34 @@ namespace qm::ui {
 
 PrintedPuzzle TakePuzzle(const PuzzleModel& model, int number, bool graded) {
   PrintedPuzzle puzzle = render::TakePuzzle(model, number);
-  if (graded) puzzle.grade = reasoning::ExplainModel(model).grade.name;
+  if (graded) {
+    const reasoning::Grade grade = reasoning::ExplainModel(model).grade;
+    puzzle.grade = grade.name;
+    puzzle.gradeLevel = grade.level;
+  }
   return puzzle;
+}
+
+render::PageSpec PageSpecOf(const QPageLayout& layout) {
+  render::PageSpec spec;
+  spec.trim = layout.fullRect(QPageLayout::Millimeter).size();
+  const QMarginsF margins = layout.margins(QPageLayout::Millimeter);
+  spec.inner = margins.left();
+  spec.outer = margins.right();
+  spec.top = margins.top();
+  spec.bottom = margins.bottom();
+  return spec;
 }
 
 bool PrintBook(QPrinter& printer, const std::vector<render::Page>& pages, const render::BookOptions& options) {
   printer.setDocName(options.title);
-  return render::PaintBook(printer, pages, options);
+  // The renderer places everything within the chosen margins itself, from the paper's corner.
+  render::BookOptions onPaper = options;
+  onPaper.page = PageSpecOf(printer.pageLayout());
+  printer.setFullPage(true);
+  const bool printed = render::PaintBook(printer, pages, onPaper);
+  printer.setFullPage(false);
+  return printed;
 }
 
 bool RestorePageLayout(QPrinter& printer, const std::string& file) {
@@ -79,12 +100,13 @@ void PrintToFile(const PuzzleModel& model, WindowPort& port, const ModalRunner& 
   if (pdf.empty()) return;
   if (!QString::fromStdString(pdf).endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive)) pdf += ".pdf";
   if (!ConfirmOverwrite(port, pdf)) return;
-  printer.setDocName(options.title);  // the PDF's title
+  // Drawn in memory, then written through the one safe replacement.
   port.SetBusy(true);
-  const bool printed = ReplaceFile(pdf, [&](const std::string& scratch) {
-    printer.setOutputFileName(QString::fromStdString(scratch));
-    return PrintBook(printer, pages, options);
-  });
+  render::BookOptions onPaper = options;
+  onPaper.page = PageSpecOf(printer.pageLayout());
+  const QByteArray bytes = render::BookPdf(pages, onPaper, options.title, QStringLiteral("Quillmere"));
+  const bool printed =
+      !bytes.isEmpty() && ReplaceFileWith(pdf, std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
   port.SetBusy(false);
   port.ShowMessage(printed ? "Pages saved as PDF File:" + std::string(kLineBreak) + pdf : WriteErrorMessage(pdf));
 }
@@ -115,10 +137,8 @@ PrintRangeDialog::PrintRangeDialog(int puzzleCount, int current, QWidget* parent
   first_->setValue(std::clamp(current, 1, count));
   last_ = new QSpinBox(this);
   last_->setObjectName("Last");
-  last_->setRange(first_->value(), count);
+  last_->setRange(1, count);
   last_->setValue(count);
-  // The last puzzle never comes before the first.
-  connect(first_, &QSpinBox::valueChanged, last_, [this](int value) { last_->setMinimum(value); });
   perPage_ = new QComboBox(this);
   perPage_->setObjectName("PerPage");
   for (const char* n : {"1", "2", "4", "6", "9"}) perPage_->addItem(n);
@@ -152,10 +172,6 @@ void PrintRangeDialog::accept() {
       box->setFocus();
       return;
     }
-  }
-  if (First() > Last()) {
-    last_->setFocus();
-    return;
   }
   QDialog::accept();
 }

@@ -26,6 +26,9 @@ using render::TakePuzzle;
 // The puzzle the model holds, with its grade from the technique ladder when `graded`.
 PrintedPuzzle TakePuzzle(const PuzzleModel& model, int number, bool graded);
 
+// The page renderer's paper and margins for a page layout (no bleed, not mirrored).
+render::PageSpec PageSpecOf(const QPageLayout& layout);
+
 // Prints the planned pages on the printer (or its PDF file) with the page renderer.
 // False when the painter could not start on the printer (such as an unwritable PDF).
 bool PrintBook(QPrinter& printer, const std::vector<render::Page>& pages, const render::BookOptions& options);
@@ -65,7 +68,7 @@ class PrintRangeDialog : public QDialog {
   bool Answers() const;
   bool Grades() const;
 
-  // Only a range from a first to a not earlier last puzzle is taken.
+  // Only whole numbers are taken; whether the range holds a puzzle the window says.
   void accept() override;
 
  private:

@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <sstream>
 
+#include "reasoning/ladder.h"
 #include "support/cli_run.h"
+#include "support/scoped_conditions.h"
 #include "support/test_files.h"
 
 namespace qm::cli {
@@ -126,6 +130,107 @@ TEST(BookCommand, UnwritableOutputFails) {
   EXPECT_TRUE(run.Json().contains("error"));
 }
 
+// The shipped collection's first records, one of them without its stored solution and,
+// when asked, one whose clues contradict each other.
+std::string Collection(bool withUnsolvable) {
+  std::vector<std::string> lines;
+  std::string line;
+  std::istringstream in(test::ReadBytes(kCollection));
+  int record = 0;
+  while (std::getline(in, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.starts_with('#') && ++record > 4) break;
+    const auto bar = line.find('|');
+    if (record == 2 && bar != std::string::npos) line = line.substr(0, bar + 1);
+    lines.push_back(line);
+  }
+  if (withUnsolvable) {
+    // Puzzle 5: a 3x3 with the same clue twice in its first row.
+    const std::vector<std::string> clash{"#5", "Clash", "3 0 2", "1...1|", ".....|", ".....|", ".....|", ".....|"};
+    lines.insert(lines.end(), clash.begin(), clash.end());
+  }
+  return test::CrLf(lines);
+}
+
+TEST(BookCommand, AnswersComeFromTheSearchAndAPuzzleWithoutOneStopsTheBookBeforeAnythingIsWritten) {
+  test::TempDir dir;
+  std::filesystem::create_directory(dir.Path() + "/full");
+  std::filesystem::create_directory(dir.Path() + "/stripped");
+  const std::string full = dir.Path() + "/full/set.fut";
+  const std::string stripped = dir.Path() + "/stripped/set.fut";
+  std::filesystem::copy_file(kCollection, full);
+  test::WriteBytes(stripped, Collection(false));
+  // The solution the search finds is the one the record would have stored.
+  ASSERT_EQ(Cli({"render", full, "-n", "2", "--solution", "-o", dir.Path() + "/full.svg"}).code, 0);
+  ASSERT_EQ(Cli({"render", stripped, "-n", "2", "--solution", "-o", dir.Path() + "/stripped.svg"}).code, 0);
+  EXPECT_EQ(test::ReadBytes(dir.Path() + "/full.svg"), test::ReadBytes(dir.Path() + "/stripped.svg"));
+  EXPECT_EQ(Cli({"book", stripped, "-o", dir.Path() + "/ok.pdf"}).code, 0);
+
+  const std::string bad = dir.Path() + "/bad.fut";
+  test::WriteBytes(bad, Collection(true));
+  const std::string out = dir.Path() + "/book.pdf";
+  test::WriteBytes(out, "the earlier book");
+  const test::CliRun run = Cli({"book", bad, "-o", out});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_NE(run.err.find("Puzzle 5 cannot be printed: it has no solution"), std::string::npos) << run.err;
+  EXPECT_EQ(test::ReadBytes(out), "the earlier book");
+  EXPECT_EQ(Cli({"book", bad, "--range", "1-4", "-o", out}).code, 0);
+  EXPECT_EQ(Cli({"render", bad, "-n", "5", "--solution", "-o", dir.Path() + "/x.svg"}).code, 1);
+}
+
+TEST(BookCommand, BookAndRenderOnAFullDiskFailAndKeepTheEarlierFile) {
+  test::TempDir dir;
+  const std::vector<std::vector<std::string>> commands{
+      {"book", kCollection, "--range", "1-8"}, {"render", kCollection, "-n", "4"}};
+  for (const char* name : {"book.pdf", "one.svg", "one.png", "one.pdf"}) {
+    const std::string out = dir.Path() + "/" + name;
+    test::WriteBytes(out, "kept");
+    std::vector<std::string> args = std::string(name).starts_with("book") ? commands[0] : commands[1];
+    args.insert(args.end(), {"-o", out});
+    test::CliRun run;
+    {
+      const test::FileSizeLimit full(512);
+      run = Cli(args);
+    }
+    EXPECT_EQ(run.code, 1) << name;
+    EXPECT_NE(run.err.find("Error writing to file: " + out), std::string::npos) << name << ": " << run.err;
+    EXPECT_EQ(test::ReadBytes(out), "kept") << name;
+    EXPECT_EQ(Cli(args).code, 0) << name;  // and with room, it is written
+    EXPECT_GT(test::ReadBytes(out).size(), 512u) << name;
+  }
+}
+
+TEST(BookCommand, PrintOnDemandSizesBleedAndMirroredMargins) {
+  test::TempDir dir;
+  const std::string out = dir.Path() + "/pod.pdf";
+  const test::CliRun run = Cli({"book", kCollection, "--range", "1-12", "--page", "6x9in", "--bleed", "3",
+                                "--mirror-margins", "15,8", "--title-page", "--how-to-play", "--order", "grade",
+                                "--contents", "--caption", "number,title,grade", "-o", out, "--json"});
+  ASSERT_EQ(run.code, 0) << run.err;
+  EXPECT_EQ(run.Json()["pages"], 3 + 3 + 1);
+  if (!HavePoppler()) GTEST_SKIP() << "pdfinfo (poppler-utils) is not installed";
+  // 6 x 9 inches and 3 mm more on every side; the trim box is the 6 x 9 inches.
+  std::string info = Tool("pdfinfo -box -f 1 -l 7 '" + out + "'");
+  info.erase(std::unique(info.begin(), info.end(), [](char a, char b) { return a == ' ' && b == ' '; }), info.end());
+  EXPECT_NE(info.find("Page 1 MediaBox: 0.00 0.00 449.00 665.00"), std::string::npos) << info;
+  EXPECT_NE(info.find("Page 7 TrimBox: 8.50 8.50 440.50 656.50"), std::string::npos) << info;
+  EXPECT_NE(info.find("Page 7 BleedBox: 0.00 0.00 449.00 665.00"), std::string::npos) << info;
+  EXPECT_NE(PageText(out, 2).find("How to Play"), std::string::npos);
+  EXPECT_NE(PageText(out, 3).find("Contents"), std::string::npos);
+  EXPECT_NE(PageText(out, 3).find("Answers"), std::string::npos);
+
+  // Without a title page the first page carries the title, which no longer defaults to
+  // the file's name.
+  const std::string plain = dir.Path() + "/plain.pdf";
+  ASSERT_EQ(Cli({"book", kCollection, "--range", "1-4", "--caption", "number", "-o", plain}).code, 0);
+  const std::string first = PageText(plain, 1);
+  EXPECT_NE(first.find("Inequality Puzzles"), std::string::npos) << first;
+  EXPECT_EQ(first.find("puzzles.fut"), std::string::npos) << first;
+  for (int rung = 1; rung <= reasoning::kTopRung; ++rung) {
+    EXPECT_EQ(first.find(reasoning::RungName(rung)), std::string::npos) << first;
+  }
+}
+
 #else
 
 TEST(BookCommand, TheBuildWithoutQtSaysSo) {
@@ -152,6 +257,11 @@ TEST(BookCommand, UsageErrors) {
            {"--answers-per-page", "21"},
            {"--page", "b4"},
            {"--order", "size"},
+           {"--caption", "number,size"},
+           {"--bleed", "11"},
+           {"--mirror-margins", "12"},
+           {"--mirror-margins", "12,x"},
+           {"--mirror-margins", "70,70"},
        }) {
     std::vector<std::string> command{"book", kCollection, "-o", out};
     command.insert(command.end(), args.begin(), args.end());

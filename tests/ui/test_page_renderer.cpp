@@ -2,6 +2,10 @@
 #include <QPainter>
 #include <QtTest>
 
+#include <map>
+#include <set>
+
+#include "reasoning/ladder.h"
 #include "render/page_renderer.h"
 #include "ui/ui_tests.h"
 
@@ -100,6 +104,168 @@ class PageRendererTest : public QObject {
     const double answerSide = qm::render::LayOutPage(area, 1.0, book.back()).grids[0].width();
     QVERIFY(book.back().answers);
     QVERIFY(answerSide < puzzleSide * 0.7);
+  }
+
+  void everyPaperAndCountHasEqualGuttersAndEvenlySharedSpace() {
+    struct Paper {
+      const char* name;
+      double width;
+      double height;
+    };
+    const Paper papers[] = {{"a4", 210, 297}, {"letter", 215.9, 279.4}, {"a5", 148, 210}, {"6x9in", 152.4, 228.6}};
+    const std::vector<PrintedPuzzle> puzzles(20, Crowded(9));
+    for (const Paper& paper : papers) {
+      qm::render::PageSpec spec;
+      spec.trim = QSizeF(paper.width, paper.height);
+      const QRectF area = qm::render::ContentRect(spec, 0);
+      std::map<std::pair<bool, int>, double> sides;
+      for (const bool answers : {false, true}) {
+        for (const int count : {1, 2, 4, 6, 9, 12, 20}) {
+          Page page{answers, count, {}};
+          for (int i = 0; i < count; ++i) page.items.push_back({&puzzles[static_cast<std::size_t>(i)], answers, 1});
+          const qm::render::PageGeometry g = qm::render::LayOutPage(area, 1.0, page);
+          const QString where = QStringLiteral("%1, %2 %3 a page").arg(paper.name).arg(count).arg(answers ? "answers" : "puzzles");
+          const double top = g.header.bottom();
+          const double bottom = g.footer.top();
+          // Rows and columns of the grids as laid out.
+          std::set<double> xs;
+          std::set<double> ys;
+          for (std::size_t i = 0; i < g.grids.size(); ++i) {
+            const QRectF& grid = g.grids[i];
+            QVERIFY2(grid.width() > 10, qPrintable(where));
+            QVERIFY2(qFuzzyCompare(g.captions[i].bottom(), grid.top()), qPrintable(where));
+            QVERIFY2(g.captions[i].top() >= top - 1e-9 && grid.bottom() <= bottom + 1e-9, qPrintable(where));
+            QVERIFY2(grid.left() >= area.left() - 1e-9 && grid.right() <= area.right() + 1e-9, qPrintable(where));
+            xs.insert(std::round(grid.left() * 1e6) / 1e6);
+            ys.insert(std::round(g.captions[i].top() * 1e6) / 1e6);
+          }
+          const double side = g.grids[0].width();
+          const double caption = g.captions[0].height();
+          sides[{answers, count}] = side;
+          if (xs.size() > 1 || ys.size() > 1) QVERIFY2(g.gutter >= 3.0 - 1e-9, qPrintable(where));
+          // One gutter between grids in a row and between rows.
+          for (auto it = std::next(xs.begin()); it != xs.end(); ++it) {
+            QVERIFY2(std::abs(*it - *std::prev(it) - side - g.gutter) < 1e-6, qPrintable(where));
+          }
+          for (auto it = std::next(ys.begin()); it != ys.end(); ++it) {
+            QVERIFY2(std::abs(*it - *std::prev(it) - side - caption - g.gutter) < 1e-6, qPrintable(where));
+          }
+          // What is left over lies evenly on either side of the block of grids.
+          const double above = *ys.begin() - top;
+          const double below = bottom - (*ys.rbegin() + caption + side);
+          const double left = *xs.begin() - area.left();
+          const double right = area.right() - (*xs.rbegin() + side);
+          QVERIFY2(std::abs(above - below) < 1e-6 && above >= -1e-9, qPrintable(where));
+          QVERIFY2(std::abs(left - right) < 1e-6 && left >= -1e-9, qPrintable(where));
+          // Spare room is shared with the gutters: the white around the block is one gutter
+          // wide on one axis at least, unless the grids fill the page on one axis.
+          auto near = [](double a, double b) { return std::abs(a - b) < 1e-6; };
+          if (xs.size() > 1 || ys.size() > 1) {
+            QVERIFY2(near(above, g.gutter) || near(left, g.gutter) || near(above, 0) || near(left, 0),
+                     qPrintable(where + QStringLiteral(": %1 %2 %3").arg(above).arg(left).arg(g.gutter)));
+          }
+          if (!answers && count <= 6 && std::string(paper.name) == "a4") {
+            QVERIFY2(side / qm::render::GridUnits(9) >= 8.0 - 1e-9, qPrintable(where));  // cells for a pencil
+          }
+          if (!answers && count == 4 && std::string(paper.name) == "a4") QVERIFY2(g.gutter >= 8.0, qPrintable(where));
+        }
+      }
+      // The answer key twelve a page is smaller than the puzzles four a page.
+      QVERIFY2((sides[{true, 12}] < sides[{false, 4}] * 0.75), paper.name);
+    }
+  }
+
+  void signsAreBoldChevronsCentredInTheirGapWithWhiteAllRound() {
+    for (int size = 3; size <= 9; ++size) {
+      for (const double cell : {3.0, 8.0, 30.0}) {
+        const qm::render::SignShape s = qm::render::SignGeometry(cell, size);
+        QVERIFY(qm::render::SignLength(cell) >= 0.4 * cell);  // at least 40 % of the gap's length
+        QVERIFY(qm::render::SignClearance(cell, size) >= 0.018 * cell);
+        QVERIFY(s.stroke >= 3 * s.boxLine);
+        // Close to a digit's stroke: a bold digit's stem is about an eighth of its height.
+        QVERIFY(s.stroke > 0.6 * 0.62 * cell / 12 && s.stroke < 1.4 * 0.62 * cell / 8);
+        // A chevron, not a dash: its point stands out at least a quarter of its half-length.
+        QVERIFY(s.depth >= 0.25 * s.length);
+      }
+    }
+    // On a drawn grid the ink of the first sign ("<" between the top-left cells) sits in
+    // the middle of its gap, with white between it and both boxes.
+    const int side = 1200;
+    const PrintedPuzzle puzzle = Crowded(3);
+    const QImage boxes = Draw(BoxesOf(puzzle), side, GridStyle::Puzzle);
+    const QImage all = Draw(puzzle, side, GridStyle::Puzzle);
+    const double cell = side / qm::render::GridUnits(3);
+    const qm::render::SignShape s = qm::render::SignGeometry(cell, 3);
+    int x0 = side;
+    int x1 = 0;
+    int y0 = side;
+    int y1 = 0;
+    for (int y = 0; y < static_cast<int>(cell); ++y) {
+      for (int x = static_cast<int>(cell); x < static_cast<int>(cell + s.gap); ++x) {
+        if (!Inked(all, x, y) || Inked(boxes, x, y)) continue;
+        x0 = std::min(x0, x);
+        x1 = std::max(x1, x);
+        y0 = std::min(y0, y);
+        y1 = std::max(y1, y);
+      }
+    }
+    QVERIFY(x1 > x0 && y1 > y0);
+    QVERIFY(std::abs((x0 + x1) / 2.0 - (cell + s.gap / 2)) < 2.0);
+    QVERIFY(std::abs((y0 + y1) / 2.0 - cell / 2) < 2.0);
+    QVERIFY(y1 - y0 >= 0.4 * cell - 2);
+    QVERIFY(x0 > cell + s.boxLine && x1 < cell + s.gap - s.boxLine);
+  }
+
+  void bleedGrowsThePaperAndMirroredMarginsAlternate() {
+    qm::render::PageSpec spec;
+    spec.trim = QSizeF(152.4, 228.6);
+    spec.bleed = 3;
+    spec.top = 10;
+    spec.bottom = 12;
+    spec.inner = 15;
+    spec.outer = 8;
+    QCOMPARE(qm::render::PaperSize(spec), QSizeF(158.4, 234.6));
+    QCOMPARE(qm::render::TrimRect(spec), QRectF(3, 3, 152.4, 228.6));
+    // Not mirrored: the inner margin is on the left of every page.
+    QCOMPARE(qm::render::ContentRect(spec, 1), QRectF(18, 13, 152.4 - 23, 228.6 - 22));
+    spec.mirror = true;
+    const QRectF right = qm::render::ContentRect(spec, 0);  // page 1, a right-hand page
+    const QRectF left = qm::render::ContentRect(spec, 1);
+    QCOMPARE(right, QRectF(18, 13, 152.4 - 23, 228.6 - 22));
+    QCOMPARE(left, QRectF(11, 13, 152.4 - 23, 228.6 - 22));
+    QCOMPARE(qm::render::ContentRect(spec, 2), right);
+    // The same page design, moved towards the binding.
+    const std::vector<PrintedPuzzle> puzzles(4, Crowded(6));
+    const std::vector<Page> pages = qm::render::PlanBook(puzzles, {QString(), 2, 12, false, false});
+    const qm::render::PageGeometry a = qm::render::LayOutPage(right, 1.0, pages[0]);
+    const qm::render::PageGeometry b = qm::render::LayOutPage(left, 1.0, pages[1]);
+    QCOMPARE(a.grids[1].translated(-7, 0), b.grids[1]);
+  }
+
+  void gradesGetOneToSevenDotsAndFrontMatterComesFirst() {
+    QCOMPARE(qm::render::DifficultyDots(0), 0);
+    QCOMPARE(qm::render::DifficultyDots(1), 1);
+    QCOMPARE(qm::render::DifficultyDots(qm::reasoning::kTopRung), 7);
+    for (int rung = 2; rung <= qm::reasoning::kTopRung; ++rung) {
+      QVERIFY(qm::render::DifficultyDots(rung) >= qm::render::DifficultyDots(rung - 1));
+    }
+    std::vector<PrintedPuzzle> puzzles(6);
+    for (int i = 0; i < 6; ++i) {
+      puzzles[static_cast<std::size_t>(i)].number = i + 1;
+      puzzles[static_cast<std::size_t>(i)].gradeLevel = 1 + i / 2;
+      puzzles[static_cast<std::size_t>(i)].grade = qm::reasoning::RungName(1 + i / 2);
+    }
+    qm::render::BookOptions options;
+    options.titlePage = options.howToPlay = options.contents = true;
+    std::vector<Page> pages = qm::render::PlanBook(puzzles, options);
+    QCOMPARE(pages.size(), std::size_t{3 + 2 + 1});
+    QVERIFY(pages[0].kind == qm::render::PageKind::Title && pages[2].kind == qm::render::PageKind::Contents);
+    QCOMPARE(pages[5].items[4].puzzlePage, 5);  // answers name the page after the front matter
+    // A book not in rising grades has no contents by grade.
+    std::swap(puzzles[0], puzzles[5]);
+    pages = qm::render::PlanBook(puzzles, options);
+    QCOMPARE(pages.size(), std::size_t{2 + 2 + 1});
+    QVERIFY(pages[1].kind == qm::render::PageKind::HowToPlay && pages[2].kind == qm::render::PageKind::Puzzles);
   }
 
   void theBookPlansPuzzlesThenAnswersNamingTheirPages() {

@@ -184,6 +184,45 @@ class PrintingTest : public QObject {
     QCOMPARE(messages_.last(), "Error writing to file: " + pdf_);
   }
 
+  void aReversedRangeOrAPuzzleWithoutOneSolutionPrintsNothing() {
+    window_->SetModalHandler([this](QDialog& dialog) {
+      if (qobject_cast<qm::ui::PrintRangeDialog*>(&dialog) == nullptr) {
+        AnswerPageSetup(dialog);
+        return;
+      }
+      dialog.findChild<QSpinBox*>("First")->setValue(5);
+      dialog.findChild<QSpinBox*>("Last")->setValue(2);
+      dialog.accept();
+    });
+    window_->findChild<QAction*>("mnuprintfile")->trigger();
+    QCOMPARE(messages_, QStringList{"Nothing to print: From puzzle# 5 comes after To puzzle# 2"});
+    QCOMPARE(setups_, 0);
+    QVERIFY(!std::filesystem::exists(pdf_.toStdString()));
+
+    // A collection whose second puzzle has the same clue twice in a row: neither print
+    // command gets as far as the page setup.
+    const std::string clash = AppDir() + "clash.fut";
+    qm::test::WriteBytes(clash, qm::test::CrLf({"#1", "Open", "3 0 1", "1....|", ".....|", "2....|", ".....|",
+                                                ".....|", "#2", "Clash", "3 0 2", "1...1|", ".....|", ".....|",
+                                                ".....|", ".....|"}));
+    QVERIFY(window_->OpenFile(QString::fromStdString(clash)));
+    messages_.clear();
+    window_->findChild<QAction*>("mnuprintcurrent")->trigger();
+    QCOMPARE(messages_, QStringList{"Puzzle 1 cannot be printed: it has more than one solution"});
+    window_->SetModalHandler([this](QDialog& dialog) {
+      if (qobject_cast<qm::ui::PrintRangeDialog*>(&dialog) == nullptr) {
+        AnswerPageSetup(dialog);
+        return;
+      }
+      dialog.findChild<QSpinBox*>("First")->setValue(2);
+      dialog.accept();
+    });
+    window_->findChild<QAction*>("mnuprintfile")->trigger();
+    QCOMPARE(messages_.last(), QString("Puzzle 2 cannot be printed: it has no solution"));
+    QCOMPARE(setups_, 0);
+    QVERIFY(!std::filesystem::exists(pdf_.toStdString()));
+  }
+
   void cancelWhileTheRangeIsReadPrintsNothing() {
     window_->SetModalHandler([this](QDialog& dialog) {
       if (qobject_cast<qm::ui::PrintRangeDialog*>(&dialog) == nullptr) {
