@@ -89,7 +89,8 @@ std::string ShareLink(std::string_view code) { return "#p=" + std::string(code);
 ShareCodeReading ReadShareCode(std::string_view code) {
   ShareCodeReading result;
   code = Trimmed(code);
-  if (code.substr(0, 3) == "#p=") code.remove_prefix(3);
+  // A whole link: what follows "#p=".
+  if (const std::size_t link = code.find("#p="); link != std::string_view::npos) code.remove_prefix(link + 3);
   if (code.size() < 2 || code[1] != '-' || code[0] < '0' || code[0] > '9') {
     result.error = "A share code begins with the grid size and \"-\", such as \"5-\"";
     return result;

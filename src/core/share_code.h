@@ -24,7 +24,8 @@ struct ShareCodeReading {
   std::string layout;  // (2N-1)^2 record characters, row by row: digits, "<>^v", "."
 };
 
-// Reads a code (an "#p=" link prefix or surrounding blanks are tolerated). Refuses a
+// Reads a code, or the code in a link (what follows "#p="); surrounding blanks are
+// ignored. Refuses a
 // size outside 3..9, a wrong length, a sign in a cell position or in the wrong kind of
 // sign slot, a digit in a sign position or a corner, a digit above N, and any other
 // character.

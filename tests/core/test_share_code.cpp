@@ -135,6 +135,7 @@ TEST(ShareCode, RefusesBadCodesAndSaysWhy) {
   }
   // A link and blanks around the code are fine.
   EXPECT_TRUE(ReadShareCode("  #p=3-1LmUh2\n").ok);
+  EXPECT_EQ(ReadShareCode("http://127.0.0.1:8080/#p=3-1LmUh2").layout, ReadShareCode("3-1LmUh2").layout);
 }
 
 TEST(ShareCommands, CodeAndOpenRoundTripThroughACollection) {
