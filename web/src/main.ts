@@ -104,7 +104,9 @@ async function show(loaded: Puzzle): Promise<void> {
   wrong = new Set();
   buildCells(gridEl, view());
   render();
-  $("title").textContent = `#${puzzle.number} ${puzzle.comment}`;
+  // A shared or new puzzle carries its code as its comment: a name reads better.
+  $("title").textContent =
+    puzzle.comment === puzzle.code ? `Shared puzzle, ${n()}\u00d7${n()}` : `#${puzzle.number} ${puzzle.comment}`;
   $("where").textContent = `Puzzle ${session.ordinal} of ${Math.max(puzzle.count, 1)}`;
   ($("previous") as HTMLButtonElement).disabled = session.ordinal <= 1;
   ($("next-puzzle") as HTMLButtonElement).disabled = session.ordinal >= puzzle.count;
@@ -321,6 +323,11 @@ worker.onmessage = (event: MessageEvent<{ id: number; answer: string }>) => {
   waiting.get(event.data.id)?.(event.data.answer);
   waiting.delete(event.data.id);
 };
+worker.onerror = (event) => {
+  event.preventDefault();
+  for (const resolve of waiting.values()) resolve(JSON.stringify({ error: `The worker stopped: ${event.message}` }));
+  waiting.clear();
+};
 function ask(request: Record<string, unknown>): Promise<string> {
   const id = ++requestId;
   return new Promise((resolve) => {
@@ -334,7 +341,8 @@ async function solutionPath(): Promise<void> {
   panel.hidden = false;
   $("path-grade").textContent = "Working out the path\u2026";
   $("path-steps").replaceChildren();
-  const result = JSON.parse(await ask({ op: "path", code: puzzle.code, cells: progress.cells })) as Explanation;
+  // The path of the puzzle itself, from its clues: its steps and its grade.
+  const result = JSON.parse(await ask({ op: "path", code: puzzle.code, cells: clueCells() })) as Explanation;
   if (result.error) {
     say(result.error);
     return;

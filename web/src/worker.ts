@@ -17,8 +17,14 @@ interface Request {
 }
 
 self.onmessage = async (event: MessageEvent<Request>) => {
-  const engine = await ready;
   const r = event.data;
+  let engine: EngineModule;
+  try {
+    engine = await ready;
+  } catch (error) {
+    (self as unknown as Worker).postMessage({ id: r.id, answer: JSON.stringify({ error: `The engine did not start: ${error}` }) });
+    return;
+  }
   let answer: string;
   if (r.op === "create") {
     answer = engine.create(r.size ?? 5, r.grade ?? 0, r.grade ?? 0, r.seed ?? 1);
