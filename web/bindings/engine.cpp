@@ -5,6 +5,7 @@
 #include <emscripten/bind.h>
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ using Json = nlohmann::ordered_json;
 // The puzzle as loaded: clues and signs, the stored solution, the record's comment.
 PuzzleModel g_puzzle;
 bool g_loaded = false;
+// The search's count of the loaded puzzle's solutions, made once for every Check.
+std::optional<SolutionCount> g_answer;
 
 std::string Error(const std::string& message) { return Json{{"error", message}}.dump(); }
 
@@ -108,6 +111,7 @@ Json StepJson(int n, const reasoning::Step& step) {
 std::string Load(PuzzleModel& model) {
   g_puzzle = model;
   g_loaded = true;
+  g_answer.reset();
   return PuzzleJson(g_puzzle).dump();
 }
 
@@ -177,8 +181,8 @@ std::string Check(const std::string& cells) {
   }
   // The answer: the stored solution, else the search's one solution.
   std::vector<std::string> answer;
-  const PuzzleModel start = g_puzzle;
-  const SolutionCount count = CountSolutions(start, 2);
+  if (!g_answer) g_answer = CountSolutions(g_puzzle, 2);
+  const SolutionCount& count = *g_answer;
   if (count.count == 1 && count.complete) answer = count.first;
   Json wrong = Json::array();
   bool solved = complete && !answer.empty();

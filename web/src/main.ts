@@ -86,11 +86,17 @@ let saving: Promise<void> = Promise.resolve();
 function remember(): void {
   const key = puzzle.code;
   const value: Progress = JSON.parse(JSON.stringify(progress));
-  const current: Session = { ...session };
+  const current = { ordinal: session.ordinal, played: [...session.played] };
   saving = saving
     .then(() => store.put("progress", key, value))
     .then(() => store.put("session", "last", current))
     .catch(() => say("Progress cannot be kept in this browser"));
+}
+
+// The collection's bytes are written only when another collection is opened.
+function rememberCollection(): void {
+  const kept = { name: session.name, text: session.text };
+  saving = saving.then(() => store.put("session", "collection", kept)).catch(() => undefined);
 }
 
 async function show(loaded: Puzzle): Promise<void> {
@@ -397,6 +403,7 @@ async function openCollection(name: string, text: string, ordinal: number, playe
     say(loaded.error);
     return false;
   }
+  if (previous?.text !== text || previous?.name !== name) rememberCollection();
   await show(loaded);
   return true;
 }
@@ -410,6 +417,7 @@ async function openCode(code: string, fromLink: boolean): Promise<boolean> {
   }
   const record = engine.recordText(clueCells2(loaded));
   session = { name: `${loaded.code}.fut`, text: record, ordinal: 1, played: [] };
+  rememberCollection();
   await show(loaded);
   if (fromLink) say(`Opened the shared puzzle ${loaded.code}`);
   return true;
@@ -590,8 +598,9 @@ async function main(): Promise<void> {
   fillGrades();
   wire();
   if (await openFromHash()) return;
-  const last = await store.get<Session>("session", "last").catch(() => undefined);
-  if (last && (await openCollection(last.name, last.text, last.ordinal, last.played))) return;
+  const kept = await store.get<{ name: string; text: string }>("session", "collection").catch(() => undefined);
+  const last = await store.get<{ ordinal: number; played: number[] }>("session", "last").catch(() => undefined);
+  if (kept && last && (await openCollection(kept.name, kept.text, last.ordinal, last.played))) return;
   const response = await fetch("puzzles.fut");
   const text = bytesToText(new Uint8Array(await response.arrayBuffer()));
   await openCollection("puzzles.fut", text, 1);
