@@ -14,6 +14,16 @@ QM_BUILD_PACKAGES=(
     clang libclang-rt-14-dev time parallel xvfb xdotool x11-apps
 )
 
+# What the web edition adds: the WebAssembly compiler (its optimizer runs on node with
+# Debian's acorn), a browser for the page's tests. node and npm come from Debian
+# unless the machine already has them.
+QM_WEB_PACKAGES=(
+    emscripten node-acorn chromium
+)
+QM_NODE_PACKAGES=(
+    nodejs npm
+)
+
 qm_missing_packages() {
     local pkg
     for pkg in "$@"; do

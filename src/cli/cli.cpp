@@ -18,6 +18,7 @@ int RunCli(int argc, const char* const* argv, std::ostream& out, std::ostream& e
   RegisterCreateCommands(app, commands, json);
   RegisterReasonCommands(app, commands, json);
   RegisterBookCommands(app, commands, json);
+  RegisterShareCommands(app, commands, json);
 
   try {
     app.parse(argc, argv);

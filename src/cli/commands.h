@@ -14,6 +14,7 @@ void RegisterExportCommands(CLI::App& app, CommandList& commands, bool& json);
 void RegisterCreateCommands(CLI::App& app, CommandList& commands, bool& json);
 void RegisterReasonCommands(CLI::App& app, CommandList& commands, bool& json);
 void RegisterBookCommands(CLI::App& app, CommandList& commands, bool& json);
+void RegisterShareCommands(CLI::App& app, CommandList& commands, bool& json);
 
 // The model as `show` prints it, for people under a heading line, or as its JSON object.
 Json ShownPuzzleJson(const PuzzleModel& model, int ordinal, const std::string& title);

@@ -297,6 +297,10 @@ int ReadPuzzleRange(const std::string& path, int first, int last,
 }
 
 bool AppendPuzzle(const PuzzleModel& model, const std::string& comment, int number, const std::string& path) {
+  return AppendToFile(path, RecordTextOf(model, comment, number));
+}
+
+std::string RecordTextOf(const PuzzleModel& model, const std::string& comment, int number) {
   int clues = 0;
   for (int k = 0; k <= model.LastPosition; ++k) {
     if (NumericValue(model.PosText[k]) > 0) ++clues;
@@ -316,7 +320,7 @@ bool AppendPuzzle(const PuzzleModel& model, const std::string& comment, int numb
     }
     record.Line(line);
   }
-  return AppendToFile(path, record.Text());
+  return record.Release();
 }
 
 bool AppendPuzzleWithSolutions(const PuzzleModel& model, const std::string& comment, int firstNumber,

@@ -105,6 +105,10 @@ inline constexpr std::string_view kCommentRecordMessage =
 // The message every command shows when puzzle n cannot be read from `path`.
 std::string ReadErrorMessage(int n, const std::string& path);
 
+// The current puzzle as one record numbered `number`, CR LF lines, as AppendPuzzle
+// writes it.
+std::string RecordTextOf(const PuzzleModel& model, const std::string& comment, int number);
+
 // Appends the current puzzle as one record numbered `number`; false on failure.
 bool AppendPuzzle(const PuzzleModel& model, const std::string& comment, int number, const std::string& path);
 

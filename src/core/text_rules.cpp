@@ -5,6 +5,8 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <locale>
+#include <sstream>
 
 namespace qm {
 
@@ -72,8 +74,18 @@ double NumericValue(std::string_view text) {
   std::size_t from = start;
   if (text[from] == '+') ++from;
   double value = 0.0;
-  const auto result = std::from_chars(text.data() + from, text.data() + i, value);
-  if (result.ec == std::errc::result_out_of_range) {
+#if defined(__cpp_lib_to_chars)
+  const bool outOfRange =
+      std::from_chars(text.data() + from, text.data() + i, value).ec == std::errc::result_out_of_range;
+#else
+  // Libraries without from_chars for doubles (the WebAssembly build): a stream in the
+  // classic locale reads the same text the same way.
+  std::istringstream in(std::string(text.substr(from, i - from)));
+  in.imbue(std::locale::classic());
+  in >> value;
+  const bool outOfRange = in.fail();
+#endif
+  if (outOfRange) {
     // Overflow or underflow: a non-zero integer part means overflow.
     for (std::size_t j = digitsStart; j < i && text[j] != '.'; ++j) {
       if (text[j] != '0') return text[start] == '-' ? -HUGE_VAL : HUGE_VAL;

@@ -2,12 +2,15 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDateTime>
 #include <QFileDialog>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QInputDialog>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -36,6 +39,7 @@
 #include "commands/solving_commands.h"
 #include "commands/window_commands.h"
 #include "core/collection_file.h"
+#include "core/share_code.h"
 #include "core/text_file.h"
 #include "core/text_rules.h"
 #include "export/html_export.h"
@@ -273,6 +277,7 @@ void MainWindow::BuildMenus() {
     SortDialog dialog(model_, *this, this);
     RunModal(dialog);
   });
+  AddAction(file, "mnuopensharelink", "Open Share Link\u2026", [this] { OpenShareLink(); });
   AddCancel(file, "can3");
 
   QMenu* puzzle = menuBar()->addMenu("Puzzle");
@@ -295,6 +300,11 @@ void MainWindow::BuildMenus() {
       AddAction(saveAs, "mnusavehtml", "HTML File", [this] { SaveHtmlFile(model_, *this, DefaultTemplateDirectories(model_)); });
   // Templates exist for the sizes 3 to 5 only.
   connect(saveAs, &QMenu::aboutToShow, this, [this, html] { html->setVisible(!HtmlTemplateName(model_.GridSize).empty()); });
+  AddAction(puzzle, "mnucopysharelink", "Copy Share Link", [this] {
+    const std::string link = ShareLink(EncodeShareCode(model_));
+    QGuiApplication::clipboard()->setText(QString::fromStdString(link));
+    SetStatusLine("Share link copied: " + link);
+  });
   AddCancel(puzzle, "can4");
 
   QMenu* create = menuBar()->addMenu("Create");
@@ -550,6 +560,26 @@ int MainWindow::RunModal(QDialog& dialog) {
     return dialog.result();
   }
   return dialog.exec();
+}
+
+void MainWindow::OpenShareLink() {
+  if (model_.SolverBusy) return;
+  bool ok = false;
+  const QString text = QInputDialog::getText(this, "Open Share Link", "Share code or link:", QLineEdit::Normal,
+                                             QGuiApplication::clipboard()->text().trimmed(), &ok);
+  if (!ok || text.trimmed().isEmpty()) return;
+  if (model_.Modified != 0 && !AskYesNo("Discard all changes?")) return;
+  std::string error;
+  if (!LoadShareCode(model_, text.toStdString(), &error)) {
+    ShowMessage("Not a share code: " + error);
+    return;
+  }
+  // Like a puzzle made for display: it is in no file until it is appended to one.
+  model_.Comment = EncodeShareCode(model_);
+  model_.Modified = 1;
+  RedrawGrid();
+  RefreshPuzzleInfo();
+  SetStatusLine("Opened share code " + model_.Comment);
 }
 
 void MainWindow::CreateSinglePuzzle() {

@@ -116,6 +116,8 @@ class MainWindow : public QMainWindow, public WindowPort {
   int RunModal(QDialog& dialog);
   void LockInput(bool locked);
   void CreateSinglePuzzle();
+  // File -> "Open Share Link…": a puzzle from a share code or a link that holds one.
+  void OpenShareLink();
   void CreateMultiplePuzzles();
   void ViewAll();
   void ShowHelp();
