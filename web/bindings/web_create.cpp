@@ -1,47 +1,58 @@
 #include "web_create.h"
 
-#include "core/run_hooks.h"
-#include "generator/create_puzzle.h"
+#include <atomic>
+
+#include "generator/graded_creation.h"
 
 namespace qm::web {
 
 namespace {
 
-// Each try is one creation and one grading; the page asks again when a range is rare.
-constexpr int kMaxTries = 80;
+// "Any" aims at one grade drawn from the seed, so that a run of new puzzles varies; a
+// grade the size cannot reach soon falls back to the whole range.
+constexpr int kAnyTries = 200;
+
+WebCreation Finish(const GradedResult& result) {
+  WebCreation made;
+  made.tries = result.tries;
+  if (!result.made) {
+    made.error = result.reason;
+    return made;
+  }
+  made.ok = true;
+  LoadGraded(made.puzzle, result.puzzle);
+  made.grade.level = result.grade;
+  made.grade.name = result.gradeName;
+  made.grade.score = result.score;
+  return made;
+}
 
 }  // namespace
 
 WebCreation CreateForWeb(int size, int minGrade, int maxGrade, std::uint64_t seed) {
-  WebCreation made;
-  if (size < kMinGridSize || size > kMaxGridSize) {
-    made.error = "The size must be 3 to 9";
-    return made;
-  }
-  const bool any = minGrade <= 0;
-  if (!any && maxGrade < minGrade) maxGrade = minGrade;
-  PuzzleModel& model = made.puzzle;
-  SeedRandom(model, seed);
-  Generator generator;
-  generator.ClueSpec = kCluesByLevel;
-  for (made.tries = 1; made.tries <= kMaxTries; ++made.tries) {
-    // Fewer clues leave more to reason out: harder grades start from the fewest.
-    const bool hard = !any && minGrade >= reasoning::kSubsets;
-    generator.RequestedLevel = hard ? kVeryHard : kVeryHard + made.tries % kVeryEasy;
-    SetSize(model, size);
-    if (CreatePuzzle(model, QuietRun(), generator) != 99) continue;
-    const reasoning::Explanation graded = reasoning::ExplainModel(model);
-    made.grade = graded.grade;
-    if (any || (graded.grade.level >= minGrade && graded.grade.level <= maxGrade)) {
-      made.ok = true;
-      return made;
+  GradedOptions options;
+  options.size = size;
+  if (minGrade > 0) {
+    options.minGrade = minGrade;
+    options.maxGrade = maxGrade < minGrade ? minGrade : maxGrade;
+    if (const std::string conflict = GradedConflict(options); !conflict.empty()) {
+      WebCreation refused;
+      refused.error = conflict;
+      return refused;
     }
+    return Finish(CreateGraded(options, seed));
   }
-  made.tries = kMaxTries;
-  made.error = "No puzzle of grade " + reasoning::RungName(minGrade) +
-               (maxGrade != minGrade ? " to " + reasoning::RungName(maxGrade) : std::string()) + " came in " +
-               std::to_string(kMaxTries) + " tries: try again or choose another grade";
-  return made;
+  const int span = reasoning::kContradiction - reasoning::kSingles + 1;
+  options.minGrade = options.maxGrade = reasoning::kSingles + static_cast<int>(seed % static_cast<std::uint64_t>(span));
+  options.maxTries = kAnyTries;
+  if (GradedConflict(options).empty()) {
+    const GradedResult aimed = CreateGraded(options, seed);
+    if (aimed.made) return Finish(aimed);
+  }
+  options.minGrade = reasoning::kSingles;
+  options.maxGrade = reasoning::kContradiction;
+  options.maxTries = 0;
+  return Finish(CreateGraded(options, seed));
 }
 
 }  // namespace qm::web

@@ -1,5 +1,5 @@
-// A new puzzle for the web page, of a size and within a range of grades. Kept apart so
-// that it can hand over to the graded creation of the generator as one call.
+// A new puzzle for the web page, of a size and within a range of grades, made by the
+// generator's creation by grade.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,7 @@ struct WebCreation {
   int tries = 0;
 };
 
-// minGrade and maxGrade are rungs; 0 and 0 (or minGrade 0) take any grade.
+// minGrade and maxGrade are rungs; minGrade 0 takes any grade from Gentle to Expert.
 WebCreation CreateForWeb(int size, int minGrade, int maxGrade, std::uint64_t seed);
 
 }  // namespace qm::web
