@@ -39,6 +39,7 @@ constexpr double kDigitSize = 0.62;
 // Bands of the page, in millimetres.
 constexpr double kHeaderMm = 5.5;
 constexpr double kFooterMm = 4.5;
+constexpr double kAboveFooterMm = 1.5;
 // Puzzles keep cells a pencil can fill; gutters and captions give way to them first.
 constexpr double kPencilCellMm = 8.0;
 constexpr double kNarrowGutterMm = 3.0;
@@ -129,31 +130,27 @@ Arranged Arrange(int columns, int rows, double width, double height, double mm, 
   const double units = GridUnits(std::max(3, gridSize));
   const double pencil = kPencilCellMm * mm * units;
   double side = LargestSide(columns, rows, width, height, gutter, a.caption);
-  if (!answers && side < pencil) {
-    // Narrower gutters and captions, as far as needed for cells of pencil size (when
-    // that is within reach at all).
-    const double narrowGutter = std::min(gutter, kNarrowGutterMm * mm);
-    const double narrowCaption = std::min(a.caption, kNarrowCaptionMm * mm);
+  const double narrowGutter = std::min(gutter, kNarrowGutterMm * mm);
+  const double narrowCaption = std::min(a.caption, kNarrowCaptionMm * mm);
+  if (!answers && side < pencil && LargestSide(columns, rows, width, height, narrowGutter, narrowCaption) >= pencil) {
+    // Narrower gutters and captions, as far as needed for cells of pencil size.
     double lo = 0;
     double hi = 1;
-    if (LargestSide(columns, rows, width, height, narrowGutter, narrowCaption) < pencil) {
-      lo = 0;  // out of reach: the page keeps its even spacing
-    } else {
-      for (int i = 0; i < 30; ++i) {
-        const double t = (lo + hi) / 2;
-        const double s = LargestSide(columns, rows, width, height, gutter + t * (narrowGutter - gutter),
-                                     a.caption + t * (narrowCaption - a.caption));
-        (s >= pencil ? hi : lo) = t;
-      }
-      lo = hi;
+    for (int i = 0; i < 30; ++i) {
+      const double t = (lo + hi) / 2;
+      const double s = LargestSide(columns, rows, width, height, gutter + t * (narrowGutter - gutter),
+                                   a.caption + t * (narrowCaption - a.caption));
+      (s >= pencil ? hi : lo) = t;
     }
-    gutter += lo * (narrowGutter - gutter);
-    a.caption += lo * (narrowCaption - a.caption);
+    gutter += hi * (narrowGutter - gutter);
+    a.caption += hi * (narrowCaption - a.caption);
     side = LargestSide(columns, rows, width, height, gutter, a.caption);
   } else {
-    // Even spacing when the grids lose little by it (puzzles never below pencil cells).
+    // Even spacing when the grids lose little by it: puzzles never below pencil cells
+    // they would have, nor by more than a seventh where pencil cells are out of reach.
+    const double floor = answers ? 0.0 : side >= pencil ? pencil : side * 6 / 7;
     const double even = EvenSide(columns, rows, width, height, a.caption, gutter);
-    if (even > 0) side = std::min(side, std::max(even, answers ? 0.0 : pencil));
+    if (even > 0) side = std::min(side, std::max(even, floor));
   }
   a.side = std::max(0.0, side);
   // The room left over: one gutter between grids and between rows, as wide as the even
@@ -236,8 +233,10 @@ PageGeometry LayOutPage(const QRectF& area, double mm, const Page& page) {
   PageGeometry geometry;
   geometry.header = QRectF(area.left(), area.top(), area.width(), kHeaderMm * mm);
   geometry.footer = QRectF(area.left(), area.bottom() - kFooterMm * mm, area.width(), kFooterMm * mm);
+  // A little white above the page number, so that grids never crowd it.
   const QRectF body(area.left(), geometry.header.bottom(), area.width(),
-                    geometry.footer.top() - geometry.header.bottom());
+                    geometry.footer.top() - kAboveFooterMm * mm - geometry.header.bottom());
+  geometry.body = body;
   int gridSize = 3;
   for (const PageSlot& slot : page.items) {
     if (slot.puzzle != nullptr) gridSize = std::max(gridSize, slot.puzzle->size);

@@ -142,6 +142,7 @@ inline constexpr double kBookMarginMm = 6.0;
 struct PageGeometry {
   QRectF header;
   QRectF footer;
+  QRectF body;  // between them: what the grids and captions share
   std::vector<QRectF> captions;
   std::vector<QRectF> grids;
   double gutter = 0;  // between grids in a row and between rows

@@ -125,8 +125,9 @@ class PageRendererTest : public QObject {
           for (int i = 0; i < count; ++i) page.items.push_back({&puzzles[static_cast<std::size_t>(i)], answers, 1});
           const qm::render::PageGeometry g = qm::render::LayOutPage(area, 1.0, page);
           const QString where = QStringLiteral("%1, %2 %3 a page").arg(paper.name).arg(count).arg(answers ? "answers" : "puzzles");
-          const double top = g.header.bottom();
-          const double bottom = g.footer.top();
+          const double top = g.body.top();
+          const double bottom = g.body.bottom();
+          QVERIFY2(top >= g.header.bottom() - 1e-9 && bottom < g.footer.top(), qPrintable(where));
           // Rows and columns of the grids as laid out.
           std::set<double> xs;
           std::set<double> ys;
