@@ -594,12 +594,16 @@ async function openFromHash(): Promise<boolean> {
 }
 
 async function main(): Promise<void> {
-  engine = await startEngine();
+  // The engine compiles while the kept session is read.
+  const starting = startEngine();
+  const keeping = store.get<{ name: string; text: string }>("session", "collection").catch(() => undefined);
+  const placing = store.get<{ ordinal: number; played: number[] }>("session", "last").catch(() => undefined);
+  engine = await starting;
   fillGrades();
   wire();
   if (await openFromHash()) return;
-  const kept = await store.get<{ name: string; text: string }>("session", "collection").catch(() => undefined);
-  const last = await store.get<{ ordinal: number; played: number[] }>("session", "last").catch(() => undefined);
+  const kept = await keeping;
+  const last = await placing;
   if (kept && last && (await openCollection(kept.name, kept.text, last.ordinal, last.played))) return;
   const response = await fetch("puzzles.fut");
   const text = bytesToText(new Uint8Array(await response.arrayBuffer()));
@@ -609,4 +613,6 @@ async function main(): Promise<void> {
 if ("serviceWorker" in navigator) {
   navigator.serviceWorker.register("sw.js").catch(() => undefined);
 }
-main().catch((error) => say(`The page could not start: ${error}`));
+main()
+  .then(() => performance.mark("quillmere-ready"))
+  .catch((error) => say(`The page could not start: ${error}`));
