@@ -92,7 +92,8 @@ TEST(GradedCreate, UnreachableRangeAppendsOnlyInRangePuzzlesAndSaysHowMany) {
                                 " 2 Puzzles added to file: " + file);
   EXPECT_EQ(reply["added"], 2);
   EXPECT_EQ(CountPuzzles(file), 2);
-  for (const json& puzzle : Cli({"grade", file, "--json"}).Json()["puzzles"]) EXPECT_EQ(puzzle["name"], moderate);
+  const json graded = Cli({"grade", file, "--json"}).Json();
+  for (const json& puzzle : graded["puzzles"]) EXPECT_EQ(puzzle["name"], moderate);
 
   EXPECT_EQ(Cli({"create", "--size", "3", "--grade", tough, "--out", file}).code, 1);
   EXPECT_EQ(CountPuzzles(file), 2);
