@@ -304,7 +304,6 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
   const int jobs = std::min(options.jobs, count);
   if (jobs > 1 && !displayOnly) workers.emplace(plan, jobs);
   int number = -1;  // the next record number, counted once before the first append
-  std::string lastWritten;  // the status line of the last puzzle written, kept as the batch's report
   for (int i = 1; i <= count; ++i) {
     if (workers) {
       std::optional<FinishedPuzzle> puzzle = workers->Take(i, run);
@@ -347,15 +346,14 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
     }
     created.number = number++;
     result.puzzles.push_back(std::move(created));
-    lastWritten = "Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator);
-    port.SetStatusLine(lastWritten);
+    port.SetStatusLine("Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator));
   }
   workers.reset();
 
   run.CancelRequest = false;
   port.SetProgressLine("");
-  ReadPuzzle(model, port, model.CurrentFile, remembered == -1 ? 1 : remembered);
-  if (!lastWritten.empty()) port.SetStatusLine(lastWritten);
+  // The status line keeps the batch's last puzzle as its report.
+  ReadPuzzle(model, port, model.CurrentFile, remembered == -1 ? 1 : remembered, false);
   model.SolverBusy = false;
   port.SetBusy(false);
   result.added = count;
