@@ -460,7 +460,6 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
   std::set<std::string> made;  // graded puzzles of this batch, up to the grid's symmetries
   CreatedPuzzle graded;
   long long number = -1;  // the next record number, counted once before the first append
-  std::string lastWritten;  // the status line of the last puzzle written, kept as the batch's report
   for (int i = 1; i <= count; ++i) {
     if (workers) {
       // A graded puzzle of a known size is announced while it is made, as a usual one is.
@@ -529,15 +528,14 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
     }
     created.number = static_cast<int>(number++);
     result.puzzles.push_back(std::move(created));
-    lastWritten = "Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator) + gradeFact;
-    port.SetStatusLine(lastWritten);
+    port.SetStatusLine("Puzzle#" + std::to_string(i) + PuzzleFacts(model, generator) + gradeFact);
   }
   workers.reset();
 
   run.CancelRequest = false;
   port.SetProgressLine("");
-  ReadPuzzle(model, port, model.CurrentFile, remembered == -1 ? 1 : remembered);
-  if (!lastWritten.empty()) port.SetStatusLine(lastWritten);
+  // The status line keeps the batch's last puzzle as its report.
+  ReadPuzzle(model, port, model.CurrentFile, remembered == -1 ? 1 : remembered, false);
   model.SolverBusy = false;
   port.SetBusy(false);
   result.added = count;

@@ -4,7 +4,7 @@
 
 namespace qm {
 
-ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& path, int n) {
+ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& path, int n, bool freshLines) {
   port.SetBusy(true);
   const ReadResult result = LoadPuzzle(model, path, n);
   if (result.notFound) {
@@ -14,9 +14,10 @@ ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& p
   }
   port.RedrawGrid();
   if (n != -1) {
-    // The lines spoke of the puzzle shown before.
-    port.SetStatusLine("");
-    port.SetProgressLine("");
+    if (freshLines) {
+      port.SetStatusLine("");
+      port.SetProgressLine("");
+    }
     port.RefreshPuzzleInfo();
   }
   port.SetBusy(false);

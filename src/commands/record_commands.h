@@ -12,7 +12,10 @@
 namespace qm {
 
 // Loads puzzle n of `path` (n = -1: clears the grid) and shows it.
-ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& path, int n);
+// `freshLines`: the status and progress lines are cleared, as they spoke of the puzzle
+// shown before (a batch keeps its own report there).
+ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& path, int n,
+                      bool freshLines = true);
 
 // Appends the current puzzle as one record numbered `number`. On failure shows
 // "Error writing puzzle# N to file: path" and returns false.

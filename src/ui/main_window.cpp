@@ -72,6 +72,7 @@ QString Filter(const FileChoice& choice) {
 }  // namespace
 
 MainWindow::MainWindow(std::string appDir, QWidget* parent) : QMainWindow(parent), run_(model_, *this) {
+  if (dynamic_cast<ClearIndicatorStyle*>(QApplication::style()) == nullptr) QApplication::setStyle(new ClearIndicatorStyle);
   model_.AppDir = std::move(appDir);
   setWindowTitle(kCaption);
   timer1_ = new QTimer(this);

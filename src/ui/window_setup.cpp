@@ -1,5 +1,8 @@
 #include "ui/window_setup.h"
 
+#include <QPainter>
+#include <QStyleOption>
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -45,6 +48,25 @@ QPalette SchemePalette(const ColourTable& colours) {
     palette.setColor(QPalette::Disabled, role, ToQColor(c[kCandidateColour]));
   }
   return palette;
+}
+
+void ClearIndicatorStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                                        const QWidget* widget) const {
+  QProxyStyle::drawPrimitive(element, option, painter, widget);
+  if (element != PE_IndicatorCheckBox && element != PE_IndicatorRadioButton) return;
+  painter->save();
+  painter->setRenderHint(QPainter::Antialiasing);
+  QColor outline = option->palette.color(QPalette::Text);
+  outline.setAlpha(170);
+  painter->setPen(QPen(outline, 1));
+  painter->setBrush(Qt::NoBrush);
+  const QRectF box = QRectF(option->rect).adjusted(1.5, 1.5, -1.5, -1.5);
+  if (element == PE_IndicatorRadioButton) {
+    painter->drawEllipse(box);
+  } else {
+    painter->drawRoundedRect(box, 1, 1);
+  }
+  painter->restore();
 }
 
 QMessageBox::Icon MessageIcon(const QString& text) {

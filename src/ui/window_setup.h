@@ -5,6 +5,7 @@
 
 #include <QMessageBox>
 #include <QPalette>
+#include <QProxyStyle>
 #include <QRect>
 #include <QSize>
 #include <QString>
@@ -23,6 +24,15 @@ QSize FitToScreen(QSize wanted, const QRect& available);
 // The palette of a scheme, for the whole application: panels in colour 2, fields in
 // colour 5, buttons in colour 3, text in colour 1, selections in colour 6.
 QPalette SchemePalette(const ColourTable& colours);
+
+// The application's style with check boxes and radio buttons (in menus too) outlined in
+// the text colour: on a dark scheme the usual outline, a shade of the panel colour, is
+// all but invisible.
+class ClearIndicatorStyle : public QProxyStyle {
+ public:
+  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget = nullptr) const override;
+};
 
 // Errors get the error icon, everything else the information icon.
 QMessageBox::Icon MessageIcon(const QString& text);
