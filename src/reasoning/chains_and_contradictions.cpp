@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "reasoning/ladder_internal.h"
+#include "solver/solution_search.h"
 
 namespace qm::reasoning::internal {
 
@@ -553,7 +554,21 @@ bool BreaksUnderLadder(const Grid& g, int c, int d, Memo& inner, int& budget, Tr
 
 }  // namespace
 
+// Whether the grid has at most one solution. On a grid with several, no assumption can
+// be refuted everywhere it matters, and the nested rung would spend its whole effort for
+// nothing: an empty 9x9 took seconds. The search answers in well under a millisecond.
+bool AtMostOneSolution(const Grid& g) {
+  std::vector<std::pair<int, int>> signs;
+  signs.reserve(static_cast<std::size_t>(g.signCount));
+  for (const Sign& sign : g.SignList()) signs.emplace_back(sign.greater, sign.smaller);
+  SearchOptions options;
+  options.limit = 2;
+  const auto cells = static_cast<std::size_t>(g.n * g.n);
+  return CountSolutions(g.n, std::span<const DigitMask>(g.cand.data(), cells), signs, options).count <= 1;
+}
+
 bool NestedContradiction(const Grid& g, Step& step, Memo& memo) {
+  if (!AtMostOneSolution(g)) return false;
   memo.Look(g);
   int budget = kNestedBudget;
   for (const auto& [c, d] : Assumptions(g)) {
