@@ -136,10 +136,8 @@ CommandResult MoveByArrow(PuzzleModel& model, WindowPort& port, Arrow arrow) {
 CommandResult GoToTypedNumber(PuzzleModel& model, WindowPort& port, const std::string& puzNumNow) {
   if (Trim(puzNumNow).empty()) return CommandResult::Cancelled;
   const double n = NumericValue(puzNumNow);
-  if (n < 1 || n > model.PuzzleCount) {
-    port.ShowMessage("Error reading puzzle#" + Str(RoundHalfEven(n)));
-    return CommandResult::Cancelled;
-  }
+  // Out of range, Enter changes nothing (Go reads without the range test and reports).
+  if (n < 1 || n > model.PuzzleCount) return CommandResult::Cancelled;
   return ReadOrReturn(model, port, RoundHalfEven(n));
 }
 

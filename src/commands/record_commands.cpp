@@ -14,10 +14,7 @@ ReadResult ReadPuzzle(PuzzleModel& model, WindowPort& port, const std::string& p
   }
   port.RedrawGrid();
   if (n != -1) {
-    if (freshLines) {
-      port.SetStatusLine("");
-      port.SetProgressLine("");
-    }
+    if (freshLines) port.ClearPuzzleLines();
     port.RefreshPuzzleInfo();
   }
   port.SetBusy(false);

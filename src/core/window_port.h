@@ -70,6 +70,9 @@ class WindowPort {
   // Redraws the whole grid from the model (the size may have changed).
   virtual void RedrawGrid() = 0;
   // Shows the size, signs and clues, the puzzle number, the count and the description.
+  // Another puzzle is shown: a window empties the status and progress lines, which spoke
+  // of the one before. Ports without such lines have nothing to do.
+  virtual void ClearPuzzleLines() {}
   virtual void RefreshPuzzleInfo() = 0;
 };
 

@@ -528,6 +528,11 @@ CellColour MainWindow::ColourOf(int k) const { return grid_->Colour(k); }
 
 void MainWindow::RedrawGrid() { grid_->ClearShownTexts(); }
 
+void MainWindow::ClearPuzzleLines() {
+  SetStatusLine("");
+  SetProgressLine("");
+}
+
 void MainWindow::RefreshPuzzleInfo() {
   ShowPuzzleInfo();
   coach_->PuzzleReplaced();

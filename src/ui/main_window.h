@@ -94,6 +94,7 @@ class MainWindow : public QMainWindow, public WindowPort {
   CellColour ColourOf(int k) const override;
   void RedrawGrid() override;
   void RefreshPuzzleInfo() override;
+  void ClearPuzzleLines() override;
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
