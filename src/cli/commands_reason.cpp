@@ -9,6 +9,7 @@
 #include "cli/commands.h"
 #include "core/collection_file.h"
 #include "core/text_rules.h"
+#include "reasoning/explanation_json.h"
 #include "reasoning/ladder.h"
 
 namespace qm::cli {
@@ -17,28 +18,10 @@ namespace {
 
 using reasoning::DigitMask;
 
-Json CellJson(int n, int cell) { return Json::array({cell / n + 1, cell % n + 1}); }
-
-std::string DigitText(DigitMask m) {
-  std::string text;
-  masks::ForEachDigit(m, [&](int d) { text += static_cast<char>('0' + d); });
-  return text;
-}
-
-Json GradeJson(const reasoning::Grade& grade) {
-  return {{"level", grade.level}, {"name", grade.name}, {"score", grade.score}};
-}
-
-Json StepJson(int n, const reasoning::Step& step) {
-  Json cells = Json::array();
-  for (int c : step.cells) cells.push_back(CellJson(n, c));
-  Json placed = Json::array();
-  for (const auto& [c, d] : step.placed) placed.push_back({{"cell", CellJson(n, c)}, {"digit", d}});
-  Json removed = Json::array();
-  for (const auto& [c, m] : step.removed) removed.push_back({{"cell", CellJson(n, c)}, {"digits", DigitText(m)}});
-  return {{"technique", step.technique}, {"level", step.level}, {"text", step.text},
-          {"cells", cells},             {"placed", placed},     {"removed", removed}};
-}
+using reasoning::CellJson;
+using reasoning::DigitText;
+using reasoning::GradeJson;
+using reasoning::StepJson;
 
 int RunExplain(Output& output, PuzzleModel& model) {
   const reasoning::Explanation result = reasoning::ExplainModel(model);

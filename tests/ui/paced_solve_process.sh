@@ -20,8 +20,9 @@ trap cleanup EXIT
 cp "$program_dir"/quillmere "$program_dir"/puzzles.fut "$program_dir"/all.col "$program_dir"/Quillmere.htm "$work"/
 cp "$program_dir"/Quillmere.cfg "$work"/ 2>/dev/null || true
 
+# -noreset: the server would reset when the first program leaves, refusing the second one for a moment.
 display=":$(( 90 + RANDOM % 400 ))"
-Xvfb "$display" -screen 0 1280x900x24 -nolisten tcp >/dev/null 2>&1 &
+Xvfb "$display" -screen 0 1280x900x24 -nolisten tcp -noreset >/dev/null 2>&1 &
 xvfb=$!
 export DISPLAY="$display"
 for _ in $(seq 50); do xdotool getmouselocation >/dev/null 2>&1 && break; sleep 0.1; done

@@ -13,6 +13,7 @@
 #include "core/collection_file.h"
 #include "core/share_code.h"
 #include "core/text_rules.h"
+#include "reasoning/explanation_json.h"
 #include "reasoning/ladder.h"
 #include "solver/grid_masks.h"
 #include "solver/solution_search.h"
@@ -81,32 +82,10 @@ PuzzleModel Played(const std::string& cells, const std::string& marks = {}) {
   return model;
 }
 
-Json CellJson(int n, int cell) { return Json::array({cell / n + 1, cell % n + 1}); }
-
-std::string DigitText(masks::DigitMask m) {
-  std::string text;
-  masks::ForEachDigit(m, [&](int d) { text += static_cast<char>('0' + d); });
-  return text;
-}
-
-Json GradeJson(const reasoning::Grade& grade) {
-  return {{"level", grade.level}, {"name", grade.name}, {"score", grade.score}};
-}
-
-Json StepJson(int n, const reasoning::Step& step) {
-  Json cells = Json::array();
-  for (int c : step.cells) cells.push_back(CellJson(n, c));
-  Json placed = Json::array();
-  for (const auto& [c, d] : step.placed) placed.push_back({{"cell", CellJson(n, c)}, {"digit", d}});
-  Json removed = Json::array();
-  for (const auto& [c, m] : step.removed) removed.push_back({{"cell", CellJson(n, c)}, {"digits", DigitText(m)}});
-  return {{"technique", step.technique},
-          {"level", step.level},
-          {"text", Cp1252ToUtf8(step.text)},
-          {"cells", cells},
-          {"placed", placed},
-          {"removed", removed}};
-}
+using reasoning::CellJson;
+using reasoning::DigitText;
+using reasoning::GradeJson;
+using reasoning::StepJson;
 
 std::string Load(PuzzleModel& model) {
   g_puzzle = model;
@@ -231,8 +210,8 @@ std::string NextStep(const std::string& cells, const std::string& marks) {
   for (int c : step.cells) shown.cells.push_back(CellPosition(start, c / n + 1, c % n + 1));
   Json out = StepJson(n, step);
   out["hint"] = "Hint: " + Cp1252ToUtf8(VagueHint(start, shown));
-  out["shown"] = "Step: " + step.technique + ": " + Cp1252ToUtf8(step.text);
-  out["made"] = "Made: " + step.technique + ": " + Cp1252ToUtf8(step.text);
+  out["shown"] = "Step: " + step.technique + ": " + step.text;
+  out["made"] = "Made: " + step.technique + ": " + step.text;
   return out.dump();
 }
 
