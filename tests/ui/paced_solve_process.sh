@@ -29,15 +29,22 @@ for _ in $(seq 50); do xdotool getmouselocation >/dev/null 2>&1 && break; sleep 
 
 cd "$work" || exit 1
 # The X keyboard library reads its strings in ways strict string checks reject.
-QT_QPA_PLATFORM=xcb ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0:strict_string_checks=0" ./quillmere >"$work/log" 2>&1 &
-app=$!
-window=""
-for _ in $(seq 100); do
-    window="$(xdotool search --name '^Quillmere 2.0$' 2>/dev/null | head -1)"
-    [ -n "$window" ] && break
-    sleep 0.1
-done
-[ -n "$window" ] || { echo "FAIL: no window"; cat "$work/log"; exit 1; }
+# start_window WHAT [ARGS...]: starts the program and waits for its main window.
+start_window() {
+    local what="$1"; shift
+    QT_QPA_PLATFORM=xcb ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0:strict_string_checks=0" ./quillmere "$@" \
+        >>"$work/log" 2>&1 &
+    app=$!
+    window=""
+    for _ in $(seq 100); do
+        window="$(xdotool search --name '^Quillmere 2.0$' 2>/dev/null | head -1)"
+        [ -n "$window" ] && break
+        sleep 0.1
+    done
+    [ -n "$window" ] || { echo "FAIL: no window$what"; cat "$work/log"; exit 1; }
+}
+: >"$work/log"
+start_window ""
 xdotool windowfocus --sync "$window"
 
 ticks() { awk '{print $14 + $15}' "/proc/$app/stat"; }
@@ -120,16 +127,7 @@ done
 # and a note (a window of its own, the main one stays usable) says so.
 printf '%s\r\n' '#1' '3x3 one to go' '3 0 8' '..2.3|1.2.3' '.....|.....' '2.3.1|2.3.1' '.....|.....' \
     '3.1.2|3.1.2' >"$work/last.fut"
-QT_QPA_PLATFORM=xcb ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0:strict_string_checks=0" ./quillmere last.fut \
-    >>"$work/log" 2>&1 &
-app=$!
-window=""
-for _ in $(seq 100); do
-    window="$(xdotool search --name '^Quillmere 2.0$' 2>/dev/null | head -1)"
-    [ -n "$window" ] && break
-    sleep 0.1
-done
-[ -n "$window" ] || { echo "FAIL: no window for the finish"; cat "$work/log"; exit 1; }
+start_window " for the finish" last.fut
 xdotool windowfocus --sync "$window"
 settle
 [ -z "$(xdotool search --onlyvisible --name '^Quillmere$' 2>/dev/null)" ] || { echo "FAIL: a note before the finish"; exit 1; }
