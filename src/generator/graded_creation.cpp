@@ -160,14 +160,9 @@ class Givens {
   // Whether the ladder solves the puzzle without a rung above `top`: it stops at the
   // first harder step instead of working on through the hard part.
   bool GradeAtMost(int top) const {
-    reasoning::Grid grid = Grid();
-    reasoning::Step step;
-    while (!reasoning::IsSolved(grid)) {
-      if (reasoning::IsBroken(grid) || !reasoning::NextStep(grid, step) || step.level > top) return false;
-      reasoning::Apply(grid, step);
-      step = reasoning::Step{};
-    }
-    return true;
+    reasoning::ExplainOptions options;
+    options.stopAbove = top;
+    return reasoning::Explain(Grid(), options).solved;
   }
 
   reasoning::Grid Grid() const {

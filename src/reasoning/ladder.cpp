@@ -200,6 +200,10 @@ Explanation Explain(const Grid& start, const ExplainOptions& options) {
     }
     Step step;
     if (!NextStep(grid, step, memo)) break;
+    if (step.level > options.stopAbove) {
+      out.stopped = true;
+      break;
+    }
     Apply(grid, step);
     // A grid that held breaks only where the step changed it.
     broken = BrokenWithin(grid, memo.Applied(step, grid));
@@ -210,7 +214,7 @@ Explanation Explain(const Grid& start, const ExplainOptions& options) {
   }
   out.broken = IsBroken(grid);
   out.solved = !out.broken && IsSolved(grid);
-  out.needsSearch = !out.solved && !out.broken && !out.cancelled;
+  out.needsSearch = !out.solved && !out.broken && !out.cancelled && !out.stopped;
   if (out.needsSearch || out.broken) out.grade.level = kNeedsSearch;
   out.grade.needsSearch = out.needsSearch || out.broken;
   out.grade.name = RungName(out.grade.level);

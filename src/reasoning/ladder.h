@@ -77,6 +77,7 @@ struct Explanation {
   bool needsSearch = false;  // the ladder stalled on a grid that is not broken
   bool broken = false;       // the grid contradicts itself (no solution)
   bool cancelled = false;
+  bool stopped = false;      // a step above ExplainOptions::stopAbove came next
   Grade grade;
   std::vector<Step> steps;
   std::vector<Grid> after;  // the grid after each step, when asked for
@@ -87,6 +88,9 @@ struct ExplainOptions {
   const std::atomic<bool>* cancel = nullptr;
   bool keepGrids = false;  // fill Explanation::after
   int maxSteps = 5000;
+  // Stop before the first step of a rung above this one (Explanation::stopped): a grader
+  // that only asks "at most this hard?" need not work through the hard part.
+  int stopAbove = kTopRung;
 };
 
 // The grid of the model: one digit in a cell is placed (a clue or an entered digit), a
