@@ -181,6 +181,9 @@ class PuzzleWorkers {
   // Waits for puzzle i, letting the window's events through; nothing when the batch's
   // model receives a cancel request meanwhile.
   std::optional<FinishedPuzzle> Take(int i, RunControl& run) {
+    // Once per puzzle even when the workers are ahead, so a Cancel is seen between puzzles.
+    run.Yield();
+    if (run.Cancelled()) return std::nullopt;
     std::unique_lock lock(mutex_);
     for (;;) {
       if (failure_) std::rethrow_exception(failure_);
@@ -329,7 +332,7 @@ int CreateSingleGraded(PuzzleModel& model, RunControl& run, Generator& generator
   generator.SignCount = made.puzzle.SignCount();
   generator.LevelCode = LevelForClues(model, n, generator.ClueCount);
   generator.GenerationResult = kSolved;
-  model.Comment = AutoTitle(generator.LevelCode, ClockStamp()) + " " + made.gradeName;
+  model.Comment = GradedAutoTitle(made.grade, ClockStamp());
   model.Modified = 1;
   port.SetStatusLine("New Puzzle" + PuzzleFacts(model, generator) + ", Grade= " + made.gradeName);
   port.RedrawGrid();
@@ -383,6 +386,10 @@ FileChoice OutputFileChoice(const std::string& appDir) {
 
 std::string AutoTitle(int level, std::string_view stamp) {
   return "Auto (" + std::string(LevelNames[static_cast<std::size_t>(level)]) + ") " + std::string(stamp);
+}
+
+std::string GradedAutoTitle(int grade, std::string_view stamp) {
+  return "Auto (" + reasoning::RungName(grade) + ") " + std::string(stamp);
 }
 
 std::string ClockStamp() {
@@ -498,10 +505,10 @@ BatchResult CreatePuzzles(PuzzleModel& model, RunControl& run, Generator& genera
     }
     const std::string gradeFact = plan.Graded() ? ", Grade= " + reasoning::RungName(graded.grade) : "";
     port.SetStatusLine("New Puzzle" + PuzzleFacts(model, generator) + gradeFact);
-    std::string title = Trim(settings.title).empty() ? AutoTitle(generator.LevelCode, stamp) : settings.title;
-    if (Trim(settings.title).empty() && plan.Graded()) {
-      title += " " + reasoning::RungName(graded.grade);
-    } else if (Trim(settings.title).empty() && options.titleNote) {
+    std::string title = !Trim(settings.title).empty() ? settings.title
+                        : plan.Graded()                  ? GradedAutoTitle(graded.grade, stamp)
+                                                         : AutoTitle(generator.LevelCode, stamp);
+    if (Trim(settings.title).empty() && !plan.Graded() && options.titleNote) {
       const std::string note = options.titleNote(model);
       if (!note.empty()) title += " " + note;
     }

@@ -99,6 +99,9 @@ FileChoice OutputFileChoice(const std::string& appDir);
 
 // "Auto (" + level name + ") " + stamp.
 std::string AutoTitle(int level, std::string_view stamp);
+// A graded puzzle's automatic title names its grade where the level would stand, so a
+// title never shows two difficulties: "Auto (Tough) " + stamp.
+std::string GradedAutoTitle(int grade, std::string_view stamp);
 // The local date and time as "YYYY-MM-DD HH:MM:SS" (no comma: a comma would end the
 // record's comment when it is read back).
 std::string ClockStamp();

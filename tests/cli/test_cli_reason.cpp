@@ -64,7 +64,7 @@ TEST(ReasonCommands, CreateKeepsToTheGradeRangeAndNamesTheGrade) {
   for (std::size_t i = 0; i < 3; ++i) {
     // At least Tough: any grade from there up.
     EXPECT_GE(graded["puzzles"][i]["level"], 4);
-    EXPECT_EQ(made["puzzles"][i]["title"], "Auto (Hard) today " + graded["puzzles"][i]["name"].get<std::string>());
+    EXPECT_EQ(made["puzzles"][i]["title"], "Auto (" + graded["puzzles"][i]["name"].get<std::string>() + ") today");
   }
 
   EXPECT_EQ(Cli({"create", "--out", file, "--min-grade", "5", "--max-grade", "2"}).code, 2);
