@@ -382,30 +382,50 @@ bool AllPlaced(const Grid& g) {
 }
 
 // IsBroken on the lines and signs of the scope only.
-bool BrokenWithin(const Grid& g, const Scope& scope) {
+bool BrokenWithin(const Grid& g, const Scope& scope, Memo& memo) {
   const int n = g.n;
-  const bool lineBroken = AnyLineInScope(n, scope, [&](int, const Line& cells) {
+  // A line's cells are `step` apart from its first.
+  auto lineBroken = [&](int first, int step) {
     DigitMask seen = 0;
     DigitMask placed = 0;
-    for (int i = 0; i < n; ++i) {
-      const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
-      if (g.cand[c] == 0) return true;
-      if (g.placed[c]) {
-        if ((placed & g.cand[c]) != 0) return true;
-        placed |= g.cand[c];
+    for (int i = 0, c = first; i < n; ++i, c += step) {
+      const DigitMask m = g.cand[static_cast<std::size_t>(c)];
+      if (m == 0) return true;
+      if (g.placed[static_cast<std::size_t>(c)]) {
+        if ((placed & m) != 0) return true;
+        placed |= m;
       }
-      seen |= g.cand[c];
+      seen |= m;
     }
     return seen != masks::Full(n);
+  };
+  for (int l = 0; l < n; ++l) {
+    if (scope.Line(l) && lineBroken(l * n, 1)) return true;
+    if (scope.Line(n + l) && lineBroken(l, n)) return true;
+  }
+  return memo.AnySign(g, scope, [&](const Sign& s) {
+    return masks::Highest(g.cand[static_cast<std::size_t>(s.greater)]) <=
+           masks::Lowest(g.cand[static_cast<std::size_t>(s.smaller)]);
   });
-  if (lineBroken) return true;
-  for (const Sign& s : g.SignList()) {
-    if (scope.Touches(s) && masks::Highest(g.cand[static_cast<std::size_t>(s.greater)]) <=
-                                masks::Lowest(g.cand[static_cast<std::size_t>(s.smaller)])) {
-      return true;
+}
+
+Memo::SignSet Memo::SignsTouching(const Grid& g, const Scope& scope) {
+  const auto count = static_cast<std::size_t>(g.signCount);
+  SignSet set{};
+  if (!signsAt_) {
+    signsAt_ = std::make_unique<std::array<SignSet, kMaxCells>>();
+    for (std::size_t i = 0; i < count; ++i) {
+      for (const int c : {g.signs[i].greater, g.signs[i].smaller}) {
+        (*signsAt_)[static_cast<std::size_t>(c)][i >> 6] |= std::uint64_t{1} << (i & 63);
+      }
     }
   }
-  return false;
+  scope.AnyCell(Cells(g), [&](int c) {
+    const SignSet& at = (*signsAt_)[static_cast<std::size_t>(c)];
+    for (std::size_t w = 0; w < set.size(); ++w) set[w] |= at[w];
+    return false;
+  });
+  return set;
 }
 
 // ---- Rung 6: forcing chains from a two-candidate cell ---------------------------------
@@ -542,7 +562,7 @@ bool BreaksUnderLadder(const Grid& g, int c, int d, Memo& inner, int& budget, Tr
     if (!StepBelowMaster(trial, step, inner)) return false;
     Apply(trial, step);
     for (const auto& [cell, digit] : step.placed) trail.placed.emplace_back(cell, digit);
-    if (BrokenWithin(trial, inner.Applied(step, trial))) {
+    if (BrokenWithin(trial, inner.Applied(step, trial), inner)) {
       // Singles and signs name the break: most often a cell with no digit left.
       Trail end;
       trail.contradiction = Propagate(trial, end) ? "the grid would break (" + step.technique + ")" : end.contradiction;

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "reasoning/ladder.h"
@@ -48,16 +49,42 @@ inline std::string List(const std::vector<std::string>& items) {
   return out;
 }
 
-// "4 and 7", or with `word` "or": "4 or 7".
+// "4 and 7", or with `word` "or": "4 or 7"; appended to `out`.
+inline void AppendDigits(std::string& out, DigitMask m, const char* word = "and") {
+  const int count = masks::Count(m);
+  int i = 0;
+  masks::ForEachDigit(m, [&](int d) {
+    if (i > 0 && i + 1 == count) {
+      out.append(" ").append(word).append(" ");
+    } else if (i > 0) {
+      out.append(", ");
+    }
+    out.push_back(static_cast<char>('0' + d));
+    ++i;
+  });
+}
+
 inline std::string Digits(DigitMask m, const char* word = "and") {
-  std::vector<std::string> items;
-  masks::ForEachDigit(m, [&](int d) { items.push_back(std::to_string(d)); });
-  std::string out = List(items);
-  if (std::string(word) != "and" && items.size() > 1) {
-    const auto last = out.rfind(" and ");
-    out.replace(last, 5, std::string(" ") + word + " ");
-  }
+  std::string out;
+  AppendDigits(out, m, word);
   return out;
+}
+
+// Clears `step` for a new finding, keeping the room its lists and sentence already have:
+// the ladder writes thousands of steps.
+inline void Begin(Step& step, const char* technique, int level) {
+  step.technique = technique;
+  step.level = level;
+  step.cells.clear();
+  step.placed.clear();
+  step.removed.clear();
+  step.text.clear();
+  step.text.reserve(160);
+}
+
+inline void AppendNumber(std::string& out, int number) {
+  if (number >= 10) out.push_back(static_cast<char>('0' + number / 10 % 10));
+  out.push_back(static_cast<char>('0' + number % 10));
 }
 
 inline int DigitOf(DigitMask m) { return masks::Lowest(m); }
@@ -219,6 +246,19 @@ class Memo {
     return (*chains_)[down ? 0 : 1];
   }
 
+  // Calls f(sign) for the signs at a cell of the scope, in the grid's order, until f says
+  // stop: after a step only the few signs beside a changed cell need a look.
+  template <class F>
+  bool AnySign(const Grid& g, const Scope& scope, F&& f) {
+    const SignSet set = SignsTouching(g, scope);
+    for (std::size_t w = 0; w < set.size(); ++w) {
+      for (std::uint64_t bits = set[w]; bits != 0; bits &= bits - 1) {
+        if (f(g.signs[w * 64 + static_cast<std::size_t>(std::countr_zero(bits))])) return true;
+      }
+    }
+    return false;
+  }
+
  private:
   struct Entry {
     bool quickKnown = false;
@@ -245,8 +285,13 @@ class Memo {
   bool Quiet(const Grid& g);
   Renewed Renew(Cand& end) const;
 
+  // Signs as bits of their indices into Grid::signs.
+  using SignSet = std::array<std::uint64_t, (std::tuple_size_v<decltype(Grid::signs)> + 63) / 64>;
+  SignSet SignsTouching(const Grid& g, const Scope& scope);
+
   std::unique_ptr<Topology> topology_;
   std::unique_ptr<std::array<Chains, 2>> chains_;  // down, up
+  std::unique_ptr<std::array<SignSet, kMaxCells>> signsAt_;  // the signs at each cell
   std::unique_ptr<Memo> nested_;
   std::vector<Entry> entries_;
   int cells_ = 0;
@@ -265,16 +310,16 @@ class Memo {
 
 bool AllPlaced(const Grid& g);
 // IsBroken on the lines and signs of the scope only.
-bool BrokenWithin(const Grid& g, const Scope& scope);
+bool BrokenWithin(const Grid& g, const Scope& scope, Memo& memo);
 
 // The techniques, one family to a file. Each fills `step` with the first it finds.
 // singles.cpp
 bool NakedSingle(const Grid& g, Step& step, const Scope& scope);
 bool HiddenSingle(const Grid& g, Step& step, const Scope& scope);
 // signs.cpp
-bool SignBesideDigit(const Grid& g, Step& step, const Scope& scope);
+bool SignBesideDigit(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 bool SignChain(const Grid& g, Step& step, Memo& memo, const Scope& scope);
-bool SignBounds(const Grid& g, Step& step, const Scope& scope);
+bool SignBounds(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 // subsets_and_fish.cpp
 bool NakedPair(const Grid& g, Step& s, const Scope& scope);
 bool HiddenPair(const Grid& g, Step& s, const Scope& scope);
