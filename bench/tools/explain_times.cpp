@@ -1,6 +1,7 @@
 // The processor time of one explain per puzzle of collection files, read once each:
 // median, p99, worst and per step, quicker to run while tuning than the benchmark.
-// Usage: explain_times [-r ROUNDS] FILE...   (each puzzle's time is its best of ROUNDS)
+// Usage: explain_times [-r ROUNDS] [-v] FILE...
+// Each puzzle's time is its best of ROUNDS; -v lists the puzzles above 1 ms.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -25,9 +26,13 @@ double CpuMicros() {
 int main(int argc, char** argv) {
   int rounds = 1;
   int first = 1;
-  if (argc > 2 && std::string(argv[1]) == "-r") {
-    rounds = std::max(1, std::atoi(argv[2]));
-    first = 3;
+  bool verbose = false;
+  for (; first < argc && argv[first][0] == '-'; ++first) {
+    if (std::string(argv[first]) == "-v") {
+      verbose = true;
+    } else if (std::string(argv[first]) == "-r" && first + 1 < argc) {
+      rounds = std::max(1, std::atoi(argv[++first]));
+    }
   }
   for (int f = first; f < argc; ++f) {
     std::vector<qm::reasoning::Grid> grids;
@@ -51,6 +56,9 @@ int main(int argc, char** argv) {
         const double start = CpuMicros();
         const qm::reasoning::Explanation result = qm::reasoning::Explain(grids[i]);
         micros[i] = std::min(micros[i], CpuMicros() - start);
+        if (verbose && round + 1 == rounds && micros[i] > 1000) {
+          std::printf("  #%zu %.0f us, %zu steps, grade %d\n", i + 1, micros[i], result.steps.size(), result.grade.level);
+        }
         steps += static_cast<double>(result.steps.size());
         solved += result.solved ? 1 : 0;
       }

@@ -258,12 +258,63 @@ Memo& Memo::Nested() {
   return *nested_;
 }
 
+namespace {
+
+// How many solutions the grid has, 0, 1 or 2 meaning more, by the exact search; the first
+// is written to `first`.
+int FindSolutions(const Grid& g, Cand& first) {
+  const int n = g.n;
+  PuzzleModel model;
+  SetSize(model, n);
+  for (int c = 0; c < n * n; ++c) {
+    std::string& text = model.PosText[CellPosition(model, c / n + 1, c % n + 1)];
+    masks::ForEachDigit(g.cand[static_cast<std::size_t>(c)], [&](int d) { text += static_cast<char>('0' + d); });
+    if (text.empty()) return 0;
+  }
+  for (const Sign& s : g.SignList()) {
+    // The slot between the two cells; "<" and "^" when the second (right, lower) is greater.
+    const int before = std::min(s.greater, s.smaller);
+    const int after = std::max(s.greater, s.smaller);
+    const bool across = after == before + 1;
+    const auto row = static_cast<std::size_t>(2 * (before / n) + 1 + (across ? 0 : 1));
+    const auto column = static_cast<std::size_t>(2 * (before % n) + 1 + (across ? 1 : 0));
+    model.PosText[model.PositionOf[row][column]] = s.greater == after ? (across ? "<" : "^") : (across ? ">" : "v");
+  }
+  const SolutionCount found = CountSolutions(model, 2);
+  for (int c = 0; found.count > 0 && c < n * n; ++c) {
+    const std::string& digit = found.first[static_cast<std::size_t>(CellPosition(model, c / n + 1, c % n + 1))];
+    first[static_cast<std::size_t>(c)] = masks::Bit(digit[0] - '0');
+  }
+  return std::min(found.count, 2);
+}
+
+}  // namespace
+
+int Memo::Solutions(const Grid& g) {
+  if (solution_ == Several) solution_ = NotSought;  // a smaller grid may have fewer
+  if (solution_ == NotSought) {
+    const int count = FindSolutions(g, solutionCand_);
+    solution_ = count == 0 ? None : count == 1 ? Unique : Several;
+  }
+  return solution_ == None ? 0 : solution_ == Unique ? 1 : 2;
+}
+
+const Cand* Memo::KnownSolution() {
+  if (solution_ != Unique) return nullptr;
+  // Still within the grid, as it stays while the rungs strike only false digits.
+  for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) {
+    if ((solutionCand_[x] & last_[x]) == 0) return nullptr;
+  }
+  return &solutionCand_;
+}
+
 // Starts a search for a step on g: settles g's own candidates.
 void Memo::Look(const Grid& g) {
   if (!topology_ || topology_->n != g.n) {
     topology_ = std::make_unique<Topology>(g);
     entries_.assign(static_cast<std::size_t>(g.n * g.n * (kMaxGridSize + 1)), Entry{});
     seen_ = false;
+    solution_ = NotSought;
   }
   if (seen_ && g.cand == last_ && g.placed == lastPlaced_) return;
   cells_ = g.n * g.n;
@@ -271,6 +322,7 @@ void Memo::Look(const Grid& g) {
     // A grid that is not within the last one: what was remembered may not hold.
     if ((g.cand[c] & ~last_[c]) != 0) {
       std::fill(entries_.begin(), entries_.end(), Entry{});
+      solution_ = NotSought;
       break;
     }
   }
@@ -327,12 +379,16 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
   SetCand(trial, e.deep);
   e.deepKnown = true;
   e.deepHolds = false;
+  // Each rung looks again only where the trial changed since it last found nothing.
+  std::array<Scope, kBelowChains> since;
+  since.fill(scoped ? Scope::Changed(trial, quiet) : kWholeGrid);
+  Step step;
   for (int i = 0; i < budget; ++i) {
-    Step step;
-    if (IsSolved(trial) || !EasyStep(trial, step, *this, scoped ? Scope::Changed(trial, quiet) : kWholeGrid)) {
+    if (IsSolved(trial) || !EasyStepSince(trial, step, *this, since)) {
       e.deep = trial.cand;
       return e.deepHolds = true;
     }
+    const Grid before = trial;
     Apply(trial, step);
     if (IsBroken(trial)) return false;
     Pending todo;
@@ -343,6 +399,8 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
       todo.Cell(cell);
     }
     if (!Settle(*topology_, trial.cand, trial.placed, todo)) return false;
+    const Scope changed = Scope::Changed(trial, before);
+    for (Scope& scope : since) scope.Add(changed);
   }
   e.deepKnown = false;  // out of steps: held, but not to a known end
   return true;
@@ -360,6 +418,10 @@ bool Memo::Quiet(const Grid& g) {
 
 
 Memo::Renewed Memo::Renew(Cand& end) const {
+  // Most end states lie within the grid still: one pass the compiler does in vectors.
+  unsigned outside = 0;
+  for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) outside |= end[x] & ~base_[x];
+  if (outside == 0) return {true, false};
   Pending todo;
   Placed placed{};
   bool changed = false;
@@ -512,7 +574,9 @@ std::vector<std::pair<int, int>> Assumptions(const Grid& g) {
 
 bool Contradiction(const Grid& g, Step& step, bool deep, Memo& memo) {
   memo.Look(g);
+  const Cand* solution = memo.KnownSolution();
   for (const auto& [c, d] : Assumptions(g)) {
+    if (solution != nullptr && (*solution)[static_cast<std::size_t>(c)] == masks::Bit(d)) continue;
     const bool holds = deep ? memo.DeepHolds(g, c, d, kDeepBudget) : memo.Quick(c, d) != nullptr;
     // Followed again, with its trail, only to be told.
     if (!holds && TestAssumption(g, c, d, deep, step, memo)) return true;
@@ -574,25 +638,16 @@ bool BreaksUnderLadder(const Grid& g, int c, int d, Memo& inner, int& budget, Tr
 
 }  // namespace
 
-// Whether the grid has at most one solution. On a grid with several, no assumption can
-// be refuted everywhere it matters, and the nested rung would spend its whole effort for
-// nothing: an empty 9x9 took seconds. The search answers in well under a millisecond.
-bool AtMostOneSolution(const Grid& g) {
-  std::vector<std::pair<int, int>> signs;
-  signs.reserve(static_cast<std::size_t>(g.signCount));
-  for (const Sign& sign : g.SignList()) signs.emplace_back(sign.greater, sign.smaller);
-  SearchOptions options;
-  options.limit = 2;
-  const auto cells = static_cast<std::size_t>(g.n * g.n);
-  return CountSolutions(g.n, std::span<const DigitMask>(g.cand.data(), cells), signs, options).count <= 1;
-}
-
 bool NestedContradiction(const Grid& g, Step& step, Memo& memo) {
-  if (!AtMostOneSolution(g)) return false;
   memo.Look(g);
+  // On a grid with several solutions no assumption can be refuted everywhere it matters,
+  // and the rung would spend its whole effort for nothing: an empty 9x9 took seconds.
+  if (memo.Solutions(g) > 1) return false;
+  const Cand* solution = memo.KnownSolution();
   int budget = kNestedBudget;
   for (const auto& [c, d] : Assumptions(g)) {
     if (budget <= 0) break;
+    if (solution != nullptr && (*solution)[static_cast<std::size_t>(c)] == masks::Bit(d)) continue;
     Trail trail;
     if (!BreaksUnderLadder(g, c, d, memo.Nested(), budget, trail)) continue;
     step = {"Nested contradiction", kMaster, {c}, {}, {{c, masks::Bit(d)}}, ""};

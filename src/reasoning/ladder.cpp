@@ -46,13 +46,13 @@ constexpr NamedTechnique kLadder[] = {{"Naked single", Easy<NakedSingle>},
                                       {"Sign chain", SignChain},
                                       {"Sign bounds", SignBounds},
                                       {"Naked pair", Easy<NakedPair>},
-                                      {"Hidden pair", Easy<HiddenPair>},
+                                      {"Hidden pair", HiddenPair},
                                       {"Naked triple", Easy<NakedTriple>},
-                                      {"Hidden triple", Easy<HiddenTriple>},
+                                      {"Hidden triple", HiddenTriple},
                                       {"Naked quad", Easy<NakedQuad>},
-                                      {"Hidden quad", Easy<HiddenQuad>},
-                                      {"X-wing", Easy<XWing>},
-                                      {"Swordfish", Easy<Swordfish>},
+                                      {"Hidden quad", HiddenQuad},
+                                      {"X-wing", XWing},
+                                      {"Swordfish", Swordfish},
                                       {"Forcing chain", Whole<ForcingChain>},
                                       {"Contradiction", Whole<ContradictionQuick>},
                                       {"Deep contradiction", Whole<ContradictionDeep>},
@@ -66,6 +66,14 @@ constexpr std::size_t kBelowMaster = std::size(kLadder) - 1;
 bool internal::EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
   for (std::size_t t = 0; t < kBelowChains; ++t) {
     if (kLadder[t].find(g, step, memo, scope)) return true;
+  }
+  return false;
+}
+
+bool internal::EasyStepSince(const Grid& g, Step& step, Memo& memo, std::array<Scope, kBelowChains>& since) {
+  for (std::size_t t = 0; t < kBelowChains; ++t) {
+    if (!since[t].Empty() && kLadder[t].find(g, step, memo, since[t])) return true;
+    since[t] = kNothing;
   }
   return false;
 }

@@ -194,6 +194,14 @@ Chains LongestChains(const Grid& g, bool down);
 // Rungs 1 to 5 are the first techniques of the ladder.
 inline constexpr std::size_t kBelowChains = 13;
 
+// Where each digit may go in each line (bit i: the line's i-th cell), and the digits
+// placed in each line: one pass over the cells instead of one per digit and line.
+struct Places {
+  std::array<std::array<unsigned, kMaxGridSize + 1>, 2 * kMaxGridSize> at{};
+  std::array<DigitMask, 2 * kMaxGridSize> placed{};
+  std::array<int, 2 * kMaxGridSize> open{};  // cells not placed
+};
+
 using Cand = std::array<DigitMask, kMaxCells>;
 using Placed = std::array<bool, kMaxCells>;
 struct Topology;
@@ -240,11 +248,23 @@ class Memo {
   // The memory of the ladder followed inside one assumption, kept for the next.
   Memo& Nested();
 
+  // How many solutions g, the grid last looked at, has: 0, 1, or 2 for more. Searched for
+  // once while the grid has one: a smaller grid then has at most that one.
+  int Solutions(const Grid& g);
+  // The solution of the grid last looked at when Solutions found it the only one, or
+  // nullptr. An assumption that agrees with it never breaks (the rungs only strike
+  // digits no solution has), so the contradiction rungs need not follow those.
+  const Cand* KnownSolution();
+
   // The grid's longest chains, worked out once for all its steps: signs never change.
   const Chains& ChainsFor(const Grid& g, bool down) {
     if (!chains_) chains_ = std::make_unique<std::array<Chains, 2>>(std::array{LongestChains(g, true), LongestChains(g, false)});
     return (*chains_)[down ? 0 : 1];
   }
+
+  // The places of g's digits, worked out once while the rungs of subsets and fish look at
+  // the same grid one after the other.
+  const Places& PlacesFor(const Grid& g);
 
   // Calls f(sign) for the signs at a cell of the scope, in the grid's order, until f says
   // stop: after a step only the few signs beside a changed cell need a look.
@@ -302,6 +322,13 @@ class Memo {
   Placed basePlaced_{};
   bool baseHolds_ = false;
   enum { Unknown, Yes, No } quiet_ = Unknown;
+  bool placesKnown_ = false;
+  int placesN_ = 0;
+  Places places_;
+  Cand placesCand_{};
+  Placed placesPlaced_{};
+  enum { NotSought, None, Unique, Several } solution_ = NotSought;
+  Cand solutionCand_{};
   std::array<Scope, kBelowChains> since_{};
   bool following_ = false;  // the grid is after_ unless a step was taken without Applied
   Cand after_{};
@@ -322,13 +349,13 @@ bool SignChain(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 bool SignBounds(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 // subsets_and_fish.cpp
 bool NakedPair(const Grid& g, Step& s, const Scope& scope);
-bool HiddenPair(const Grid& g, Step& s, const Scope& scope);
+bool HiddenPair(const Grid& g, Step& s, Memo& memo, const Scope& scope);
 bool NakedTriple(const Grid& g, Step& s, const Scope& scope);
-bool HiddenTriple(const Grid& g, Step& s, const Scope& scope);
+bool HiddenTriple(const Grid& g, Step& s, Memo& memo, const Scope& scope);
 bool NakedQuad(const Grid& g, Step& s, const Scope& scope);
-bool HiddenQuad(const Grid& g, Step& s, const Scope& scope);
-bool XWing(const Grid& g, Step& s, const Scope& scope);
-bool Swordfish(const Grid& g, Step& s, const Scope& scope);
+bool HiddenQuad(const Grid& g, Step& s, Memo& memo, const Scope& scope);
+bool XWing(const Grid& g, Step& s, Memo& memo, const Scope& scope);
+bool Swordfish(const Grid& g, Step& s, Memo& memo, const Scope& scope);
 // chains_and_contradictions.cpp
 bool ForcingChain(const Grid& g, Step& step, Memo& memo);
 bool ContradictionQuick(const Grid& g, Step& step, Memo& memo);
@@ -337,6 +364,9 @@ bool NestedContradiction(const Grid& g, Step& step, Memo& memo);
 
 // ladder.cpp: the first step of rungs 1 to 5 within the scope.
 bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope);
+// The same, each rung within its own scope: where the grid changed since that rung last
+// found nothing. The scopes of the rungs that find nothing are emptied.
+bool EasyStepSince(const Grid& g, Step& step, Memo& memo, std::array<Scope, kBelowChains>& since);
 // The first step of rungs 1 to 7: the ladder as it is followed inside an assumption.
 bool StepBelowMaster(const Grid& g, Step& step, Memo& memo);
 
