@@ -73,12 +73,16 @@ bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
     std::array<int, kMaxGridSize> open{};
     std::array<unsigned, kMaxGridSize> cand{};
     int count = 0;
+    int small = 0;  // cells with k digits or fewer: a subset takes k of them
     for (int i = 0; i < n; ++i) {
       const int c = line[static_cast<std::size_t>(i)];
       if (g.placed[static_cast<std::size_t>(c)]) continue;
       open[static_cast<std::size_t>(count)] = c;
       cand[static_cast<std::size_t>(count++)] = g.cand[static_cast<std::size_t>(c)];
+      small += masks::Count(g.cand[static_cast<std::size_t>(c)]) <= k ? 1 : 0;
     }
+    // It strikes only from a cell outside it.
+    if (small < k || count <= k) return false;
     return ForEachSmallUnion(cand.data(), count, k, [&](unsigned set, unsigned together) {
       if (Ones(together) != k) return false;
       const auto digits = static_cast<DigitMask>(together);
@@ -120,11 +124,14 @@ bool HiddenSubset(const Grid& g, int k, Step& step, Memo& memo, const Scope& sco
     std::array<int, kMaxGridSize> digits{};
     std::array<unsigned, kMaxGridSize> spots{};
     int digitCount = 0;
+    int few = 0;  // digits with k places or fewer: a subset takes k of them
     for (int d = 1; d <= n; ++d) {
       if ((placedDigits & masks::Bit(d)) != 0) continue;
       digits[static_cast<std::size_t>(digitCount)] = d;
       spots[static_cast<std::size_t>(digitCount++)] = where.at[li][static_cast<std::size_t>(d)];
+      few += Ones(where.at[li][static_cast<std::size_t>(d)]) <= k ? 1 : 0;
     }
+    if (few < k) return false;
     return ForEachSmallUnion(spots.data(), digitCount, k, [&](unsigned set, unsigned cover) {
       if (Ones(cover) != k) return false;
       DigitMask chosen = 0;
