@@ -254,7 +254,10 @@ Memo::Memo() = default;
 Memo::~Memo() = default;
 
 Memo& Memo::Nested() {
-  if (!nested_) nested_ = std::make_unique<Memo>();
+  if (!nested_) {
+    nested_ = std::make_unique<Memo>();
+    nested_->tells_ = false;
+  }
   return *nested_;
 }
 
@@ -578,8 +581,16 @@ bool Contradiction(const Grid& g, Step& step, bool deep, Memo& memo) {
   for (const auto& [c, d] : Assumptions(g)) {
     if (solution != nullptr && (*solution)[static_cast<std::size_t>(c)] == masks::Bit(d)) continue;
     const bool holds = deep ? memo.DeepHolds(g, c, d, kDeepBudget) : memo.Quick(c, d) != nullptr;
+    if (holds) continue;
+    if (!memo.Tells()) {
+      // Inside an assumption only what the step strikes counts.
+      Begin(step, "Contradiction", kContradiction);
+      step.cells.push_back(c);
+      step.removed.emplace_back(c, masks::Bit(d));
+      return true;
+    }
     // Followed again, with its trail, only to be told.
-    if (!holds && TestAssumption(g, c, d, deep, step, memo)) return true;
+    if (TestAssumption(g, c, d, deep, step, memo)) return true;
   }
   return false;
 }
@@ -617,13 +628,13 @@ constexpr int kNestedBudget = 2000;
 
 // Follows c = d with rungs 1 to 7 until the grid breaks (true, with the digits placed on
 // the way and the break in trail), the ladder stops or the budget runs out.
-bool BreaksUnderLadder(const Grid& g, int c, int d, Memo& inner, int& budget, Trail& trail) {
+bool BreaksUnderLadder(const Grid& g, int c, int d, bool deep, Memo& inner, int& budget, Trail& trail) {
   Grid trial = g;
   trial.cand[static_cast<std::size_t>(c)] = masks::Bit(d);
   for (int i = 0; i < kNestedSteps && budget > 0; ++i, --budget) {
     if (AllPlaced(trial)) return false;
     Step step;
-    if (!StepBelowMaster(trial, step, inner)) return false;
+    if (!StepBelowMaster(trial, step, inner, deep)) return false;
     Apply(trial, step);
     for (const auto& [cell, digit] : step.placed) trail.placed.emplace_back(cell, digit);
     if (BrokenWithin(trial, inner.Applied(step, trial), inner)) {
@@ -644,22 +655,26 @@ bool NestedContradiction(const Grid& g, Step& step, Memo& memo) {
   // and the rung would spend its whole effort for nothing: an empty 9x9 took seconds.
   if (memo.Solutions(g) > 1) return false;
   const Cand* solution = memo.KnownSolution();
-  int budget = kNestedBudget;
-  for (const auto& [c, d] : Assumptions(g)) {
-    if (budget <= 0) break;
-    if (solution != nullptr && (*solution)[static_cast<std::size_t>(c)] == masks::Bit(d)) continue;
-    Trail trail;
-    if (!BreaksUnderLadder(g, c, d, memo.Nested(), budget, trail)) continue;
-    step = {"Nested contradiction", kMaster, {c}, {}, {{c, masks::Bit(d)}}, ""};
-    for (const auto& [cell, digit] : trail.placed) {
-      if (cell != c && step.cells.size() < 8) step.cells.push_back(cell);
+  // First without the deep contradiction inside, which costs the most and is most often
+  // not needed; then with every rung.
+  for (const bool deep : {false, true}) {
+    int budget = kNestedBudget;
+    for (const auto& [c, d] : Assumptions(g)) {
+      if (budget <= 0) break;
+      if (solution != nullptr && (*solution)[static_cast<std::size_t>(c)] == masks::Bit(d)) continue;
+      Trail trail;
+      if (!BreaksUnderLadder(g, c, d, deep, memo.Nested(), budget, trail)) continue;
+      step = {"Nested contradiction", kMaster, {c}, {}, {{c, masks::Bit(d)}}, ""};
+      for (const auto& [cell, digit] : trail.placed) {
+        if (cell != c && step.cells.size() < 8) step.cells.push_back(cell);
+      }
+      const std::size_t skip = !trail.placed.empty() && trail.placed[0].first == c ? 1 : 0;
+      step.text = "If " + CellName(g.n, c) + " were " + std::to_string(d) +
+                  ", then, with every rung up to contradictions followed inside that assumption, " +
+                  TrailText(g.n, trail, skip) + (trail.placed.size() > skip ? "and " : "") + trail.contradiction +
+                  ": so it is not " + std::to_string(d) + ".";
+      return true;
     }
-    const std::size_t skip = !trail.placed.empty() && trail.placed[0].first == c ? 1 : 0;
-    step.text = "If " + CellName(g.n, c) + " were " + std::to_string(d) +
-                ", then, with every rung up to contradictions followed inside that assumption, " +
-                TrailText(g.n, trail, skip) + (trail.placed.size() > skip ? "and " : "") + trail.contradiction +
-                ": so it is not " + std::to_string(d) + ".";
-    return true;
   }
   return false;
 }

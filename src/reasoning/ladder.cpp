@@ -95,7 +95,9 @@ bool NextStep(const Grid& grid, Step& step, Memo& memo, std::size_t techniques =
 
 }  // namespace
 
-bool internal::StepBelowMaster(const Grid& g, Step& step, Memo& memo) { return NextStep(g, step, memo, kBelowMaster); }
+bool internal::StepBelowMaster(const Grid& g, Step& step, Memo& memo, bool deep) {
+  return NextStep(g, step, memo, deep ? kBelowMaster : kBelowMaster - 1);
+}
 
 std::string RungName(int rung) { return kRungNames[std::clamp(rung, 0, kTopRung)]; }
 double RungWeight(int rung) { return kRungWeights[std::clamp(rung, 0, kTopRung)]; }

@@ -247,6 +247,9 @@ class Memo {
 
   // The memory of the ladder followed inside one assumption, kept for the next.
   Memo& Nested();
+  // Whether the steps found are told: inside an assumption only their digits count, and
+  // a contradiction is not followed again for its sentence.
+  bool Tells() const { return tells_; }
 
   // How many solutions g, the grid last looked at, has: 0, 1, or 2 for more. Searched for
   // once while the grid has one: a smaller grid then has at most that one.
@@ -327,6 +330,7 @@ class Memo {
   Places places_;
   Cand placesCand_{};
   Placed placesPlaced_{};
+  bool tells_ = true;
   enum { NotSought, None, Unique, Several } solution_ = NotSought;
   Cand solutionCand_{};
   std::array<Scope, kBelowChains> since_{};
@@ -368,6 +372,7 @@ bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 // found nothing. The scopes of the rungs that find nothing are emptied.
 bool EasyStepSince(const Grid& g, Step& step, Memo& memo, std::array<Scope, kBelowChains>& since);
 // The first step of rungs 1 to 7: the ladder as it is followed inside an assumption.
-bool StepBelowMaster(const Grid& g, Step& step, Memo& memo);
+// Without `deep`, no higher than the quick contradiction.
+bool StepBelowMaster(const Grid& g, Step& step, Memo& memo, bool deep);
 
 }  // namespace qm::reasoning::internal
