@@ -257,6 +257,7 @@ Memo& Memo::Nested() {
   if (!nested_) {
     nested_ = std::make_unique<Memo>();
     nested_->tells_ = false;
+    nested_->parent_ = this;
   }
   return *nested_;
 }
@@ -317,16 +318,24 @@ void Memo::Look(const Grid& g) {
     topology_ = std::make_unique<Topology>(g);
     entries_.assign(static_cast<std::size_t>(g.n * g.n * (kMaxGridSize + 1)), Entry{});
     seen_ = false;
-    solution_ = NotSought;
   }
   if (seen_ && g.cand == last_ && g.placed == lastPlaced_) return;
   cells_ = g.n * g.n;
-  for (std::size_t c = 0; seen_ && c < static_cast<std::size_t>(cells_); ++c) {
-    // A grid that is not within the last one: what was remembered may not hold.
-    if ((g.cand[c] & ~last_[c]) != 0) {
+  auto within = [&](const Cand& outer) {
+    for (std::size_t c = 0; c < static_cast<std::size_t>(cells_); ++c) {
+      if ((g.cand[c] & ~outer[c]) != 0) return false;
+    }
+    return true;
+  };
+  // A grid that is not within the last one: what was remembered may not hold. Where an
+  // assumption leads on the grid it was made on holds within it, on the grid of another
+  // assumption too: a start no worse than nothing.
+  if (!seen_ || !within(last_)) {
+    solution_ = NotSought;
+    if (parent_ != nullptr && parent_->seen_ && parent_->entries_.size() == entries_.size() && within(parent_->last_)) {
+      entries_ = parent_->entries_;
+    } else if (seen_) {
       std::fill(entries_.begin(), entries_.end(), Entry{});
-      solution_ = NotSought;
-      break;
     }
   }
   last_ = g.cand;
@@ -422,8 +431,9 @@ bool Memo::Quiet(const Grid& g) {
 
 Memo::Renewed Memo::Renew(Cand& end) const {
   // Most end states lie within the grid still: one pass the compiler does in vectors.
-  unsigned outside = 0;
-  for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) outside |= end[x] & ~base_[x];
+  // Past the grid's cells both are empty.
+  DigitMask outside = 0;
+  for (std::size_t x = 0; x < end.size(); ++x) outside |= static_cast<DigitMask>(end[x] & ~base_[x]);
   if (outside == 0) return {true, false};
   Pending todo;
   Placed placed{};

@@ -331,6 +331,7 @@ class Memo {
   Cand placesCand_{};
   Placed placesPlaced_{};
   bool tells_ = true;
+  const Memo* parent_ = nullptr;  // the memory of the grid the assumptions are made on
   enum { NotSought, None, Unique, Several } solution_ = NotSought;
   Cand solutionCand_{};
   std::array<Scope, kBelowChains> since_{};
