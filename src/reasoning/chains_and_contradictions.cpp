@@ -376,13 +376,15 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
   Entry& e = At(c, d);
   // A grid the trial lies within on which rungs 1 to 5 found nothing: where it ended
   // before, or g itself. The rungs look again only where the trial differs from it.
-  Grid quiet = g;
+  Cand quiet = g.cand;
+  Placed quietPlaced = g.placed;
   bool scoped = true;
   if (e.deepKnown) {
     if (!e.deepHolds) return false;
-    SetCand(quiet, e.deep);
+    quiet = e.deep;
     const Renewed renewed = Renew(e.deep);
     if (!renewed.holds || !renewed.changed) return e.deepHolds = renewed.holds;
+    for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) quietPlaced[x] = Single(quiet[x]);
   } else {
     e.deep = *quick;
     scoped = Quiet(g);
@@ -393,14 +395,15 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
   e.deepHolds = false;
   // Each rung looks again only where the trial changed since it last found nothing.
   std::array<Scope, kBelowChains> since;
-  since.fill(scoped ? Scope::Changed(trial, quiet) : kWholeGrid);
+  since.fill(scoped ? Scope::Changed(trial, quiet, quietPlaced) : kWholeGrid);
   Step step;
   for (int i = 0; i < budget; ++i) {
     if (IsSolved(trial) || !EasyStepSince(trial, step, *this, since)) {
       e.deep = trial.cand;
       return e.deepHolds = true;
     }
-    const Grid before = trial;
+    const Cand before = trial.cand;
+    const Placed beforePlaced = trial.placed;
     Apply(trial, step);
     if (IsBroken(trial)) return false;
     Pending todo;
@@ -411,7 +414,7 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
       todo.Cell(cell);
     }
     if (!Settle(*topology_, trial.cand, trial.placed, todo)) return false;
-    const Scope changed = Scope::Changed(trial, before);
+    const Scope changed = Scope::Changed(trial, before, beforePlaced);
     for (Scope& scope : since) scope.Add(changed);
   }
   e.deepKnown = false;  // out of steps: held, but not to a known end

@@ -103,16 +103,18 @@ struct Scope {
   DigitMask digits = static_cast<DigitMask>(~0u);
 
   // Where g differs from a grid on which rungs 1 to 5 found nothing.
-  static Scope Changed(const Grid& g, const Grid& quiet) {
+  static Scope Changed(const Grid& g, const Grid& quiet) { return Changed(g, quiet.cand, quiet.placed); }
+  static Scope Changed(const Grid& g, const std::array<DigitMask, kMaxCells>& quietCand,
+                       const std::array<bool, kMaxCells>& quietPlaced) {
     Scope scope{{}, 0, 0};
     const int n = g.n;
     for (int r = 0, c = 0; r < n; ++r) {
       for (int k = 0; k < n; ++k, ++c) {
         const auto ci = static_cast<std::size_t>(c);
-        if (g.cand[ci] == quiet.cand[ci] && g.placed[ci] == quiet.placed[ci]) continue;
+        if (g.cand[ci] == quietCand[ci] && g.placed[ci] == quietPlaced[ci]) continue;
         scope.cells[ci >> 6] |= std::uint64_t{1} << (ci & 63);
         scope.lines |= 1u << r | 1u << (n + k);
-        scope.digits |= quiet.cand[ci] | g.cand[ci];
+        scope.digits |= quietCand[ci] | g.cand[ci];
       }
     }
     return scope;
