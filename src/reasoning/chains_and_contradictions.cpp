@@ -332,6 +332,7 @@ void Memo::Look(const Grid& g) {
   // assumption too: a start no worse than nothing.
   if (!seen_ || !within(last_)) {
     solution_ = NotSought;
+    stalled_.fill(0);
     if (parent_ != nullptr && parent_->seen_ && parent_->entries_.size() == entries_.size() && within(parent_->last_)) {
       entries_ = parent_->entries_;
     } else if (seen_) {
@@ -591,21 +592,27 @@ std::vector<std::pair<int, int>> Assumptions(const Grid& g) {
 bool Contradiction(const Grid& g, Step& step, bool deep, Memo& memo) {
   memo.Look(g);
   const Cand* solution = memo.KnownSolution();
+  bool struck = false;
   for (const auto& [c, d] : Assumptions(g)) {
     if (solution != nullptr && (*solution)[static_cast<std::size_t>(c)] == masks::Bit(d)) continue;
     const bool holds = deep ? memo.DeepHolds(g, c, d, kDeepBudget) : memo.Quick(c, d) != nullptr;
     if (holds) continue;
     if (!memo.Tells()) {
-      // Inside an assumption only what the step strikes counts.
-      Begin(step, "Contradiction", kContradiction);
-      step.cells.push_back(c);
-      step.removed.emplace_back(c, masks::Bit(d));
-      return true;
+      // Inside an assumption only what is struck counts, and the sooner the grid breaks
+      // the better: one step strikes every digit that leads to a contradiction.
+      if (!struck) Begin(step, "Contradiction", kContradiction);
+      struck = true;
+      if (step.removed.empty() || step.removed.back().first != c) {
+        step.cells.push_back(c);
+        step.removed.emplace_back(c, DigitMask{0});
+      }
+      step.removed.back().second = static_cast<DigitMask>(step.removed.back().second | masks::Bit(d));
+      continue;
     }
     // Followed again, with its trail, only to be told.
     if (TestAssumption(g, c, d, deep, step, memo)) return true;
   }
-  return false;
+  return struck;
 }
 
 bool PropagateDeep(Grid& g, Trail& trail, int budget, Memo& memo) {
@@ -668,15 +675,22 @@ bool NestedContradiction(const Grid& g, Step& step, Memo& memo) {
   // and the rung would spend its whole effort for nothing: an empty 9x9 took seconds.
   if (memo.Solutions(g) > 1) return false;
   const Cand* solution = memo.KnownSolution();
+  const std::vector<std::pair<int, int>> assumptions = Assumptions(g);
   // First without the deep contradiction inside, which costs the most and is most often
-  // not needed; then with every rung.
+  // not needed; then with every rung. Each time those that did not break on the grid
+  // before come last: on this one, narrowed by a single digit, most still do not.
   for (const bool deep : {false, true}) {
     int budget = kNestedBudget;
-    for (const auto& [c, d] : Assumptions(g)) {
+    for (const bool stalledBefore : {false, true}) {
+    for (const auto& [c, d] : assumptions) {
       if (budget <= 0) break;
       if (solution != nullptr && (*solution)[static_cast<std::size_t>(c)] == masks::Bit(d)) continue;
+      if (memo.Stalled(c, d, deep) != stalledBefore) continue;
       Trail trail;
-      if (!BreaksUnderLadder(g, c, d, deep, memo.Nested(), budget, trail)) continue;
+      if (!BreaksUnderLadder(g, c, d, deep, memo.Nested(), budget, trail)) {
+        memo.Stall(c, d, deep);
+        continue;
+      }
       step = {"Nested contradiction", kMaster, {c}, {}, {{c, masks::Bit(d)}}, ""};
       for (const auto& [cell, digit] : trail.placed) {
         if (cell != c && step.cells.size() < 8) step.cells.push_back(cell);
@@ -687,6 +701,7 @@ bool NestedContradiction(const Grid& g, Step& step, Memo& memo) {
                   TrailText(g.n, trail, skip) + (trail.placed.size() > skip ? "and " : "") + trail.contradiction +
                   ": so it is not " + std::to_string(d) + ".";
       return true;
+    }
     }
   }
   return false;

@@ -247,6 +247,11 @@ class Memo {
     return changed;
   }
 
+  // Whether c = d held under the nested rung (with or without the deep contradiction
+  // inside) on this grid or one it lies within.
+  bool Stalled(int c, int d, bool deep) const { return (stalled_[Index(c, d)] >> (deep ? 1 : 0) & 1) != 0; }
+  void Stall(int c, int d, bool deep) { stalled_[Index(c, d)] |= static_cast<std::uint8_t>(deep ? 2 : 1); }
+
   // The memory of the ladder followed inside one assumption, kept for the next.
   Memo& Nested();
   // Whether the steps found are told: inside an assumption only their digits count, and
@@ -298,7 +303,8 @@ class Memo {
     bool changed;
   };
 
-  Entry& At(int c, int d) { return entries_[static_cast<std::size_t>(c * (kMaxGridSize + 1) + d)]; }
+  static std::size_t Index(int c, int d) { return static_cast<std::size_t>(c * (kMaxGridSize + 1) + d); }
+  Entry& At(int c, int d) { return entries_[Index(c, d)]; }
 
   // A settled state as a grid: its single cells are placed.
   void SetCand(Grid& grid, const Cand& cand) const {
@@ -332,6 +338,7 @@ class Memo {
   Places places_;
   Cand placesCand_{};
   Placed placesPlaced_{};
+  std::array<std::uint8_t, kMaxCells*(kMaxGridSize + 1)> stalled_{};  // bit 0: without deep, 1: with
   bool tells_ = true;
   const Memo* parent_ = nullptr;  // the memory of the grid the assumptions are made on
   enum { NotSought, None, Unique, Several } solution_ = NotSought;
