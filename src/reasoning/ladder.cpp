@@ -96,7 +96,9 @@ bool NextStep(const Grid& grid, Step& step, Memo& memo, std::size_t techniques =
 }  // namespace
 
 bool internal::StepBelowMaster(const Grid& g, Step& step, Memo& memo, bool deep) {
-  return NextStep(g, step, memo, deep ? kBelowMaster : kBelowMaster - 1);
+  if (deep) return NextStep(g, step, memo, kBelowMaster);
+  static_assert(kLadder[kBelowChains + 1].name == "Contradiction");
+  return NextStep(g, step, memo, kBelowChains) || kLadder[kBelowChains + 1].find(g, step, memo, kWholeGrid);
 }
 
 std::string RungName(int rung) { return kRungNames[std::clamp(rung, 0, kTopRung)]; }

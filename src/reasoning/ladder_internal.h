@@ -382,7 +382,7 @@ bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 // found nothing. The scopes of the rungs that find nothing are emptied.
 bool EasyStepSince(const Grid& g, Step& step, Memo& memo, std::array<Scope, kBelowChains>& since);
 // The first step of rungs 1 to 7: the ladder as it is followed inside an assumption.
-// Without `deep`, no higher than the quick contradiction.
+// Without `deep`, rungs 1 to 5 and the quick contradiction only.
 bool StepBelowMaster(const Grid& g, Step& step, Memo& memo, bool deep);
 
 }  // namespace qm::reasoning::internal
