@@ -119,6 +119,22 @@ TEST(Ladder, SignSentencesReadInFull) {
   EXPECT_EQ(CellName(9, 9), "row 2, column 1");
 }
 
+// After each step only the lines and signs beside the cells it changed are looked at
+// again: a sign left without room must still end the explanation at once.
+TEST(Ladder, AStepThatBreaksASignEndsTheExplanation) {
+  // Row 1, column 1 can only be 3 ("33" is not a placed digit); placing it leaves 1 and 2
+  // on either side of a ">" that needs the greater on the left.
+  const Grid grid = Built({"...>...", ".......", ".......", ".......", ".......", ".......", "......."},
+                          {"33", "13", "23", "", "", "", "", "", "", "", "", "", "", "", "", ""});
+  ASSERT_FALSE(IsBroken(grid));
+  const Explanation result = Explain(grid);
+  ASSERT_EQ(result.steps.size(), 1u);
+  EXPECT_EQ(result.steps[0].technique, "Naked single");
+  EXPECT_TRUE(result.broken);
+  EXPECT_FALSE(result.solved);
+  EXPECT_EQ(result.grade.level, kNeedsSearch);
+}
+
 TEST(Ladder, SubsetsNakedAndHiddenOfEverySize) {
   const std::vector<std::string> empty4(7, ".......");
   const std::vector<std::string> empty5(9, ".........");
