@@ -254,8 +254,62 @@ Memo::Memo() = default;
 Memo::~Memo() = default;
 
 Memo& Memo::Nested() {
-  if (!nested_) nested_ = std::make_unique<Memo>();
+  if (!nested_) {
+    nested_ = std::make_unique<Memo>();
+    nested_->tells_ = false;
+    nested_->parent_ = this;
+  }
   return *nested_;
+}
+
+namespace {
+
+// How many solutions the grid has, 0, 1 or 2 meaning more, by the exact search; the first
+// is written to `first`.
+int FindSolutions(const Grid& g, Cand& first) {
+  const int n = g.n;
+  PuzzleModel model;
+  SetSize(model, n);
+  for (int c = 0; c < n * n; ++c) {
+    std::string& text = model.PosText[CellPosition(model, c / n + 1, c % n + 1)];
+    masks::ForEachDigit(g.cand[static_cast<std::size_t>(c)], [&](int d) { text += static_cast<char>('0' + d); });
+    if (text.empty()) return 0;
+  }
+  for (const Sign& s : g.SignList()) {
+    // The slot between the two cells; "<" and "^" when the second (right, lower) is greater.
+    const int before = std::min(s.greater, s.smaller);
+    const int after = std::max(s.greater, s.smaller);
+    const bool across = after == before + 1;
+    const auto row = static_cast<std::size_t>(2 * (before / n) + 1 + (across ? 0 : 1));
+    const auto column = static_cast<std::size_t>(2 * (before % n) + 1 + (across ? 1 : 0));
+    model.PosText[model.PositionOf[row][column]] = s.greater == after ? (across ? "<" : "^") : (across ? ">" : "v");
+  }
+  const SolutionCount found = CountSolutions(model, 2);
+  for (int c = 0; found.count > 0 && c < n * n; ++c) {
+    const std::string& digit = found.first[static_cast<std::size_t>(CellPosition(model, c / n + 1, c % n + 1))];
+    first[static_cast<std::size_t>(c)] = masks::Bit(digit[0] - '0');
+  }
+  return std::min(found.count, 2);
+}
+
+}  // namespace
+
+int Memo::Solutions(const Grid& g) {
+  if (solution_ == Several) solution_ = NotSought;  // a smaller grid may have fewer
+  if (solution_ == NotSought) {
+    const int count = FindSolutions(g, solutionCand_);
+    solution_ = count == 0 ? None : count == 1 ? Unique : Several;
+  }
+  return solution_ == None ? 0 : solution_ == Unique ? 1 : 2;
+}
+
+const Cand* Memo::KnownSolution() {
+  if (solution_ != Unique) return nullptr;
+  // Still within the grid, as it stays while the rungs strike only false digits.
+  for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) {
+    if ((solutionCand_[x] & last_[x]) == 0) return nullptr;
+  }
+  return &solutionCand_;
 }
 
 // Starts a search for a step on g: settles g's own candidates.
@@ -267,11 +321,22 @@ void Memo::Look(const Grid& g) {
   }
   if (seen_ && g.cand == last_ && g.placed == lastPlaced_) return;
   cells_ = g.n * g.n;
-  for (std::size_t c = 0; seen_ && c < static_cast<std::size_t>(cells_); ++c) {
-    // A grid that is not within the last one: what was remembered may not hold.
-    if ((g.cand[c] & ~last_[c]) != 0) {
+  auto within = [&](const Cand& outer) {
+    for (std::size_t c = 0; c < static_cast<std::size_t>(cells_); ++c) {
+      if ((g.cand[c] & ~outer[c]) != 0) return false;
+    }
+    return true;
+  };
+  // A grid that is not within the last one: what was remembered may not hold. Where an
+  // assumption leads on the grid it was made on holds within it, on the grid of another
+  // assumption too: a start no worse than nothing.
+  if (!seen_ || !within(last_)) {
+    solution_ = NotSought;
+    stalled_.fill(0);
+    if (parent_ != nullptr && parent_->seen_ && parent_->entries_.size() == entries_.size() && within(parent_->last_)) {
+      entries_ = parent_->entries_;
+    } else if (seen_) {
       std::fill(entries_.begin(), entries_.end(), Entry{});
-      break;
     }
   }
   last_ = g.cand;
@@ -312,13 +377,15 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
   Entry& e = At(c, d);
   // A grid the trial lies within on which rungs 1 to 5 found nothing: where it ended
   // before, or g itself. The rungs look again only where the trial differs from it.
-  Grid quiet = g;
+  Cand quiet = g.cand;
+  Placed quietPlaced = g.placed;
   bool scoped = true;
   if (e.deepKnown) {
     if (!e.deepHolds) return false;
-    SetCand(quiet, e.deep);
+    quiet = e.deep;
     const Renewed renewed = Renew(e.deep);
     if (!renewed.holds || !renewed.changed) return e.deepHolds = renewed.holds;
+    for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) quietPlaced[x] = Single(quiet[x]);
   } else {
     e.deep = *quick;
     scoped = Quiet(g);
@@ -327,12 +394,17 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
   SetCand(trial, e.deep);
   e.deepKnown = true;
   e.deepHolds = false;
+  // Each rung looks again only where the trial changed since it last found nothing.
+  std::array<Scope, kBelowChains> since;
+  since.fill(scoped ? Scope::Changed(trial, quiet, quietPlaced) : kWholeGrid);
+  Step step;
   for (int i = 0; i < budget; ++i) {
-    Step step;
-    if (IsSolved(trial) || !EasyStep(trial, step, *this, scoped ? Scope::Changed(trial, quiet) : kWholeGrid)) {
+    if (IsSolved(trial) || !EasyStepSince(trial, step, *this, since)) {
       e.deep = trial.cand;
       return e.deepHolds = true;
     }
+    const Cand before = trial.cand;
+    const Placed beforePlaced = trial.placed;
     Apply(trial, step);
     if (IsBroken(trial)) return false;
     Pending todo;
@@ -343,6 +415,8 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
       todo.Cell(cell);
     }
     if (!Settle(*topology_, trial.cand, trial.placed, todo)) return false;
+    const Scope changed = Scope::Changed(trial, before, beforePlaced);
+    for (Scope& scope : since) scope.Add(changed);
   }
   e.deepKnown = false;  // out of steps: held, but not to a known end
   return true;
@@ -360,6 +434,11 @@ bool Memo::Quiet(const Grid& g) {
 
 
 Memo::Renewed Memo::Renew(Cand& end) const {
+  // Most end states lie within the grid still: one pass the compiler does in vectors.
+  // Past the grid's cells both are empty.
+  DigitMask outside = 0;
+  for (std::size_t x = 0; x < end.size(); ++x) outside |= static_cast<DigitMask>(end[x] & ~base_[x]);
+  if (outside == 0) return {true, false};
   Pending todo;
   Placed placed{};
   bool changed = false;
@@ -382,30 +461,50 @@ bool AllPlaced(const Grid& g) {
 }
 
 // IsBroken on the lines and signs of the scope only.
-bool BrokenWithin(const Grid& g, const Scope& scope) {
+bool BrokenWithin(const Grid& g, const Scope& scope, Memo& memo) {
   const int n = g.n;
-  const bool lineBroken = AnyLineInScope(n, scope, [&](int, const Line& cells) {
+  // A line's cells are `step` apart from its first.
+  auto lineBroken = [&](int first, int step) {
     DigitMask seen = 0;
     DigitMask placed = 0;
-    for (int i = 0; i < n; ++i) {
-      const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
-      if (g.cand[c] == 0) return true;
-      if (g.placed[c]) {
-        if ((placed & g.cand[c]) != 0) return true;
-        placed |= g.cand[c];
+    for (int i = 0, c = first; i < n; ++i, c += step) {
+      const DigitMask m = g.cand[static_cast<std::size_t>(c)];
+      if (m == 0) return true;
+      if (g.placed[static_cast<std::size_t>(c)]) {
+        if ((placed & m) != 0) return true;
+        placed |= m;
       }
-      seen |= g.cand[c];
+      seen |= m;
     }
     return seen != masks::Full(n);
+  };
+  for (int l = 0; l < n; ++l) {
+    if (scope.Line(l) && lineBroken(l * n, 1)) return true;
+    if (scope.Line(n + l) && lineBroken(l, n)) return true;
+  }
+  return memo.AnySign(g, scope, [&](const Sign& s) {
+    return masks::Highest(g.cand[static_cast<std::size_t>(s.greater)]) <=
+           masks::Lowest(g.cand[static_cast<std::size_t>(s.smaller)]);
   });
-  if (lineBroken) return true;
-  for (const Sign& s : g.SignList()) {
-    if (scope.Touches(s) && masks::Highest(g.cand[static_cast<std::size_t>(s.greater)]) <=
-                                masks::Lowest(g.cand[static_cast<std::size_t>(s.smaller)])) {
-      return true;
+}
+
+Memo::SignSet Memo::SignsTouching(const Grid& g, const Scope& scope) {
+  const auto count = static_cast<std::size_t>(g.signCount);
+  SignSet set{};
+  if (!signsAt_) {
+    signsAt_ = std::make_unique<std::array<SignSet, kMaxCells>>();
+    for (std::size_t i = 0; i < count; ++i) {
+      for (const int c : {g.signs[i].greater, g.signs[i].smaller}) {
+        (*signsAt_)[static_cast<std::size_t>(c)][i >> 6] |= std::uint64_t{1} << (i & 63);
+      }
     }
   }
-  return false;
+  scope.AnyCell(Cells(g), [&](int c) {
+    const SignSet& at = (*signsAt_)[static_cast<std::size_t>(c)];
+    for (std::size_t w = 0; w < set.size(); ++w) set[w] |= at[w];
+    return false;
+  });
+  return set;
 }
 
 // ---- Rung 6: forcing chains from a two-candidate cell ---------------------------------
@@ -492,12 +591,28 @@ std::vector<std::pair<int, int>> Assumptions(const Grid& g) {
 
 bool Contradiction(const Grid& g, Step& step, bool deep, Memo& memo) {
   memo.Look(g);
+  const Cand* solution = memo.KnownSolution();
+  bool struck = false;
   for (const auto& [c, d] : Assumptions(g)) {
+    if (solution != nullptr && (*solution)[static_cast<std::size_t>(c)] == masks::Bit(d)) continue;
     const bool holds = deep ? memo.DeepHolds(g, c, d, kDeepBudget) : memo.Quick(c, d) != nullptr;
+    if (holds) continue;
+    if (!memo.Tells()) {
+      // Inside an assumption only what is struck counts, and the sooner the grid breaks
+      // the better: one step strikes every digit that leads to a contradiction.
+      if (!struck) Begin(step, "Contradiction", kContradiction);
+      struck = true;
+      if (step.removed.empty() || step.removed.back().first != c) {
+        step.cells.push_back(c);
+        step.removed.emplace_back(c, DigitMask{0});
+      }
+      step.removed.back().second = static_cast<DigitMask>(step.removed.back().second | masks::Bit(d));
+      continue;
+    }
     // Followed again, with its trail, only to be told.
-    if (!holds && TestAssumption(g, c, d, deep, step, memo)) return true;
+    if (TestAssumption(g, c, d, deep, step, memo)) return true;
   }
-  return false;
+  return struck;
 }
 
 bool PropagateDeep(Grid& g, Trail& trail, int budget, Memo& memo) {
@@ -533,16 +648,16 @@ constexpr int kNestedBudget = 2000;
 
 // Follows c = d with rungs 1 to 7 until the grid breaks (true, with the digits placed on
 // the way and the break in trail), the ladder stops or the budget runs out.
-bool BreaksUnderLadder(const Grid& g, int c, int d, Memo& inner, int& budget, Trail& trail) {
+bool BreaksUnderLadder(const Grid& g, int c, int d, bool deep, Memo& inner, int& budget, Trail& trail) {
   Grid trial = g;
   trial.cand[static_cast<std::size_t>(c)] = masks::Bit(d);
   for (int i = 0; i < kNestedSteps && budget > 0; ++i, --budget) {
     if (AllPlaced(trial)) return false;
     Step step;
-    if (!StepBelowMaster(trial, step, inner)) return false;
+    if (!StepBelowMaster(trial, step, inner, deep)) return false;
     Apply(trial, step);
     for (const auto& [cell, digit] : step.placed) trail.placed.emplace_back(cell, digit);
-    if (BrokenWithin(trial, inner.Applied(step, trial))) {
+    if (BrokenWithin(trial, inner.Applied(step, trial), inner)) {
       // Singles and signs name the break: most often a cell with no digit left.
       Trail end;
       trail.contradiction = Propagate(trial, end) ? "the grid would break (" + step.technique + ")" : end.contradiction;
@@ -554,37 +669,41 @@ bool BreaksUnderLadder(const Grid& g, int c, int d, Memo& inner, int& budget, Tr
 
 }  // namespace
 
-// Whether the grid has at most one solution. On a grid with several, no assumption can
-// be refuted everywhere it matters, and the nested rung would spend its whole effort for
-// nothing: an empty 9x9 took seconds. The search answers in well under a millisecond.
-bool AtMostOneSolution(const Grid& g) {
-  std::vector<std::pair<int, int>> signs;
-  signs.reserve(static_cast<std::size_t>(g.signCount));
-  for (const Sign& sign : g.SignList()) signs.emplace_back(sign.greater, sign.smaller);
-  SearchOptions options;
-  options.limit = 2;
-  const auto cells = static_cast<std::size_t>(g.n * g.n);
-  return CountSolutions(g.n, std::span<const DigitMask>(g.cand.data(), cells), signs, options).count <= 1;
-}
-
 bool NestedContradiction(const Grid& g, Step& step, Memo& memo) {
-  if (!AtMostOneSolution(g)) return false;
   memo.Look(g);
-  int budget = kNestedBudget;
-  for (const auto& [c, d] : Assumptions(g)) {
-    if (budget <= 0) break;
-    Trail trail;
-    if (!BreaksUnderLadder(g, c, d, memo.Nested(), budget, trail)) continue;
-    step = {"Nested contradiction", kMaster, {c}, {}, {{c, masks::Bit(d)}}, ""};
-    for (const auto& [cell, digit] : trail.placed) {
-      if (cell != c && step.cells.size() < 8) step.cells.push_back(cell);
+  // On a grid with several solutions no assumption can be refuted everywhere it matters,
+  // and the rung would spend its whole effort for nothing: an empty 9x9 took seconds.
+  if (memo.Solutions(g) > 1) return false;
+  const Cand* solution = memo.KnownSolution();
+  const std::vector<std::pair<int, int>> assumptions = Assumptions(g);
+  // First with rungs 1 to 5 and the quick contradiction inside: inside a false assumption
+  // those most often suffice, and the forcing chain and the deep contradiction cost the
+  // most. Then with every rung. Each time those that did not break on the grid before
+  // come last: on this one, narrowed by a single digit, most still do not.
+  for (const bool deep : {false, true}) {
+    int budget = kNestedBudget;
+    for (const bool stalledBefore : {false, true}) {
+    for (const auto& [c, d] : assumptions) {
+      if (budget <= 0) break;
+      if (solution != nullptr && (*solution)[static_cast<std::size_t>(c)] == masks::Bit(d)) continue;
+      if (memo.Stalled(c, d, deep) != stalledBefore) continue;
+      Trail trail;
+      if (!BreaksUnderLadder(g, c, d, deep, memo.Nested(), budget, trail)) {
+        memo.Stall(c, d, deep);
+        continue;
+      }
+      step = {"Nested contradiction", kMaster, {c}, {}, {{c, masks::Bit(d)}}, ""};
+      for (const auto& [cell, digit] : trail.placed) {
+        if (cell != c && step.cells.size() < 8) step.cells.push_back(cell);
+      }
+      const std::size_t skip = !trail.placed.empty() && trail.placed[0].first == c ? 1 : 0;
+      step.text = "If " + CellName(g.n, c) + " were " + std::to_string(d) +
+                  ", then, with every rung up to contradictions followed inside that assumption, " +
+                  TrailText(g.n, trail, skip) + (trail.placed.size() > skip ? "and " : "") + trail.contradiction +
+                  ": so it is not " + std::to_string(d) + ".";
+      return true;
     }
-    const std::size_t skip = !trail.placed.empty() && trail.placed[0].first == c ? 1 : 0;
-    step.text = "If " + CellName(g.n, c) + " were " + std::to_string(d) +
-                ", then, with every rung up to contradictions followed inside that assumption, " +
-                TrailText(g.n, trail, skip) + (trail.placed.size() > skip ? "and " : "") + trail.contradiction +
-                ": so it is not " + std::to_string(d) + ".";
-    return true;
+    }
   }
   return false;
 }

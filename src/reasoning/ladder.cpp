@@ -42,17 +42,17 @@ struct NamedTechnique {
 // The ladder, easiest first; NextStep takes the first that finds something.
 constexpr NamedTechnique kLadder[] = {{"Naked single", Easy<NakedSingle>},
                                       {"Hidden single", Easy<HiddenSingle>},
-                                      {"Sign beside a digit", Easy<SignBesideDigit>},
+                                      {"Sign beside a digit", SignBesideDigit},
                                       {"Sign chain", SignChain},
-                                      {"Sign bounds", Easy<SignBounds>},
+                                      {"Sign bounds", SignBounds},
                                       {"Naked pair", Easy<NakedPair>},
-                                      {"Hidden pair", Easy<HiddenPair>},
+                                      {"Hidden pair", HiddenPair},
                                       {"Naked triple", Easy<NakedTriple>},
-                                      {"Hidden triple", Easy<HiddenTriple>},
+                                      {"Hidden triple", HiddenTriple},
                                       {"Naked quad", Easy<NakedQuad>},
-                                      {"Hidden quad", Easy<HiddenQuad>},
-                                      {"X-wing", Easy<XWing>},
-                                      {"Swordfish", Easy<Swordfish>},
+                                      {"Hidden quad", HiddenQuad},
+                                      {"X-wing", XWing},
+                                      {"Swordfish", Swordfish},
                                       {"Forcing chain", Whole<ForcingChain>},
                                       {"Contradiction", Whole<ContradictionQuick>},
                                       {"Deep contradiction", Whole<ContradictionDeep>},
@@ -66,6 +66,14 @@ constexpr std::size_t kBelowMaster = std::size(kLadder) - 1;
 bool internal::EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
   for (std::size_t t = 0; t < kBelowChains; ++t) {
     if (kLadder[t].find(g, step, memo, scope)) return true;
+  }
+  return false;
+}
+
+bool internal::EasyStepSince(const Grid& g, Step& step, Memo& memo, std::array<Scope, kBelowChains>& since) {
+  for (std::size_t t = 0; t < kBelowChains; ++t) {
+    if (!since[t].Empty() && kLadder[t].find(g, step, memo, since[t])) return true;
+    since[t] = kNothing;
   }
   return false;
 }
@@ -87,13 +95,21 @@ bool NextStep(const Grid& grid, Step& step, Memo& memo, std::size_t techniques =
 
 }  // namespace
 
-bool internal::StepBelowMaster(const Grid& g, Step& step, Memo& memo) { return NextStep(g, step, memo, kBelowMaster); }
+bool internal::StepBelowMaster(const Grid& g, Step& step, Memo& memo, bool deep) {
+  if (deep) return NextStep(g, step, memo, kBelowMaster);
+  static_assert(kLadder[kBelowChains + 1].name == "Contradiction");
+  return NextStep(g, step, memo, kBelowChains) || kLadder[kBelowChains + 1].find(g, step, memo, kWholeGrid);
+}
 
 std::string RungName(int rung) { return kRungNames[std::clamp(rung, 0, kTopRung)]; }
 double RungWeight(int rung) { return kRungWeights[std::clamp(rung, 0, kTopRung)]; }
 
 std::string CellName(int n, int cell) {
-  return "row " + std::to_string(cell / n + 1) + ", column " + std::to_string(cell % n + 1);
+  // Rows and columns count to 9 at most: one digit each, and no allocation.
+  std::string name = "row 0, column 0";
+  name[4] = static_cast<char>('1' + cell / n);
+  name[14] = static_cast<char>('1' + cell % n);
+  return name;
 }
 
 Grid GridFromModel(const PuzzleModel& model) {
@@ -192,6 +208,7 @@ Explanation Explain(const Grid& start, const ExplainOptions& options) {
   Explanation out;
   Grid grid = start;
   Memo memo;
+  out.steps.reserve(static_cast<std::size_t>(std::min(options.maxSteps, 2 * Cells(grid))));
   bool broken = IsBroken(grid);
   while (!broken && !AllPlaced(grid) && static_cast<int>(out.steps.size()) < options.maxSteps) {
     if (options.cancel != nullptr && options.cancel->load(std::memory_order_relaxed)) {
@@ -206,7 +223,7 @@ Explanation Explain(const Grid& start, const ExplainOptions& options) {
     }
     Apply(grid, step);
     // A grid that held breaks only where the step changed it.
-    broken = BrokenWithin(grid, memo.Applied(step, grid));
+    broken = BrokenWithin(grid, memo.Applied(step, grid), memo);
     out.grade.level = std::max(out.grade.level, step.level);
     out.grade.score += RungWeight(step.level);
     out.steps.push_back(std::move(step));

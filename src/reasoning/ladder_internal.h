@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "reasoning/ladder.h"
@@ -48,16 +49,42 @@ inline std::string List(const std::vector<std::string>& items) {
   return out;
 }
 
-// "4 and 7", or with `word` "or": "4 or 7".
+// "4 and 7", or with `word` "or": "4 or 7"; appended to `out`.
+inline void AppendDigits(std::string& out, DigitMask m, const char* word = "and") {
+  const int count = masks::Count(m);
+  int i = 0;
+  masks::ForEachDigit(m, [&](int d) {
+    if (i > 0 && i + 1 == count) {
+      out.append(" ").append(word).append(" ");
+    } else if (i > 0) {
+      out.append(", ");
+    }
+    out.push_back(static_cast<char>('0' + d));
+    ++i;
+  });
+}
+
 inline std::string Digits(DigitMask m, const char* word = "and") {
-  std::vector<std::string> items;
-  masks::ForEachDigit(m, [&](int d) { items.push_back(std::to_string(d)); });
-  std::string out = List(items);
-  if (std::string(word) != "and" && items.size() > 1) {
-    const auto last = out.rfind(" and ");
-    out.replace(last, 5, std::string(" ") + word + " ");
-  }
+  std::string out;
+  AppendDigits(out, m, word);
   return out;
+}
+
+// Clears `step` for a new finding, keeping the room its lists and sentence already have:
+// the ladder writes thousands of steps.
+inline void Begin(Step& step, const char* technique, int level) {
+  step.technique = technique;
+  step.level = level;
+  step.cells.clear();
+  step.placed.clear();
+  step.removed.clear();
+  step.text.clear();
+  step.text.reserve(160);
+}
+
+inline void AppendNumber(std::string& out, int number) {
+  if (number >= 10) out.push_back(static_cast<char>('0' + number / 10 % 10));
+  out.push_back(static_cast<char>('0' + number % 10));
 }
 
 inline int DigitOf(DigitMask m) { return masks::Lowest(m); }
@@ -76,16 +103,18 @@ struct Scope {
   DigitMask digits = static_cast<DigitMask>(~0u);
 
   // Where g differs from a grid on which rungs 1 to 5 found nothing.
-  static Scope Changed(const Grid& g, const Grid& quiet) {
+  static Scope Changed(const Grid& g, const Grid& quiet) { return Changed(g, quiet.cand, quiet.placed); }
+  static Scope Changed(const Grid& g, const std::array<DigitMask, kMaxCells>& quietCand,
+                       const std::array<bool, kMaxCells>& quietPlaced) {
     Scope scope{{}, 0, 0};
     const int n = g.n;
     for (int r = 0, c = 0; r < n; ++r) {
       for (int k = 0; k < n; ++k, ++c) {
         const auto ci = static_cast<std::size_t>(c);
-        if (g.cand[ci] == quiet.cand[ci] && g.placed[ci] == quiet.placed[ci]) continue;
+        if (g.cand[ci] == quietCand[ci] && g.placed[ci] == quietPlaced[ci]) continue;
         scope.cells[ci >> 6] |= std::uint64_t{1} << (ci & 63);
         scope.lines |= 1u << r | 1u << (n + k);
-        scope.digits |= quiet.cand[ci] | g.cand[ci];
+        scope.digits |= quietCand[ci] | g.cand[ci];
       }
     }
     return scope;
@@ -167,6 +196,14 @@ Chains LongestChains(const Grid& g, bool down);
 // Rungs 1 to 5 are the first techniques of the ladder.
 inline constexpr std::size_t kBelowChains = 13;
 
+// Where each digit may go in each line (bit i: the line's i-th cell), and the digits
+// placed in each line: one pass over the cells instead of one per digit and line.
+struct Places {
+  std::array<std::array<unsigned, kMaxGridSize + 1>, 2 * kMaxGridSize> at{};
+  std::array<DigitMask, 2 * kMaxGridSize> placed{};
+  std::array<int, 2 * kMaxGridSize> open{};  // cells not placed
+};
+
 using Cand = std::array<DigitMask, kMaxCells>;
 using Placed = std::array<bool, kMaxCells>;
 struct Topology;
@@ -210,13 +247,46 @@ class Memo {
     return changed;
   }
 
+  // Whether c = d held under the nested rung (with or without the deep contradiction
+  // inside) on this grid or one it lies within.
+  bool Stalled(int c, int d, bool deep) const { return (stalled_[Index(c, d)] >> (deep ? 1 : 0) & 1) != 0; }
+  void Stall(int c, int d, bool deep) { stalled_[Index(c, d)] |= static_cast<std::uint8_t>(deep ? 2 : 1); }
+
   // The memory of the ladder followed inside one assumption, kept for the next.
   Memo& Nested();
+  // Whether the steps found are told: inside an assumption only their digits count, and
+  // a contradiction is not followed again for its sentence.
+  bool Tells() const { return tells_; }
+
+  // How many solutions g, the grid last looked at, has: 0, 1, or 2 for more. Searched for
+  // once while the grid has one: a smaller grid then has at most that one.
+  int Solutions(const Grid& g);
+  // The solution of the grid last looked at when Solutions found it the only one, or
+  // nullptr. An assumption that agrees with it never breaks (the rungs only strike
+  // digits no solution has), so the contradiction rungs need not follow those.
+  const Cand* KnownSolution();
 
   // The grid's longest chains, worked out once for all its steps: signs never change.
   const Chains& ChainsFor(const Grid& g, bool down) {
     if (!chains_) chains_ = std::make_unique<std::array<Chains, 2>>(std::array{LongestChains(g, true), LongestChains(g, false)});
     return (*chains_)[down ? 0 : 1];
+  }
+
+  // The places of g's digits, worked out once while the rungs of subsets and fish look at
+  // the same grid one after the other.
+  const Places& PlacesFor(const Grid& g);
+
+  // Calls f(sign) for the signs at a cell of the scope, in the grid's order, until f says
+  // stop: after a step only the few signs beside a changed cell need a look.
+  template <class F>
+  bool AnySign(const Grid& g, const Scope& scope, F&& f) {
+    const SignSet set = SignsTouching(g, scope);
+    for (std::size_t w = 0; w < set.size(); ++w) {
+      for (std::uint64_t bits = set[w]; bits != 0; bits &= bits - 1) {
+        if (f(g.signs[w * 64 + static_cast<std::size_t>(std::countr_zero(bits))])) return true;
+      }
+    }
+    return false;
   }
 
  private:
@@ -233,7 +303,8 @@ class Memo {
     bool changed;
   };
 
-  Entry& At(int c, int d) { return entries_[static_cast<std::size_t>(c * (kMaxGridSize + 1) + d)]; }
+  static std::size_t Index(int c, int d) { return static_cast<std::size_t>(c * (kMaxGridSize + 1) + d); }
+  Entry& At(int c, int d) { return entries_[Index(c, d)]; }
 
   // A settled state as a grid: its single cells are placed.
   void SetCand(Grid& grid, const Cand& cand) const {
@@ -245,8 +316,13 @@ class Memo {
   bool Quiet(const Grid& g);
   Renewed Renew(Cand& end) const;
 
+  // Signs as bits of their indices into Grid::signs.
+  using SignSet = std::array<std::uint64_t, (std::tuple_size_v<decltype(Grid::signs)> + 63) / 64>;
+  SignSet SignsTouching(const Grid& g, const Scope& scope);
+
   std::unique_ptr<Topology> topology_;
   std::unique_ptr<std::array<Chains, 2>> chains_;  // down, up
+  std::unique_ptr<std::array<SignSet, kMaxCells>> signsAt_;  // the signs at each cell
   std::unique_ptr<Memo> nested_;
   std::vector<Entry> entries_;
   int cells_ = 0;
@@ -257,6 +333,16 @@ class Memo {
   Placed basePlaced_{};
   bool baseHolds_ = false;
   enum { Unknown, Yes, No } quiet_ = Unknown;
+  bool placesKnown_ = false;
+  int placesN_ = 0;
+  Places places_;
+  Cand placesCand_{};
+  Placed placesPlaced_{};
+  std::array<std::uint8_t, kMaxCells*(kMaxGridSize + 1)> stalled_{};  // bit 0: without deep, 1: with
+  bool tells_ = true;
+  const Memo* parent_ = nullptr;  // the memory of the grid the assumptions are made on
+  enum { NotSought, None, Unique, Several } solution_ = NotSought;
+  Cand solutionCand_{};
   std::array<Scope, kBelowChains> since_{};
   bool following_ = false;  // the grid is after_ unless a step was taken without Applied
   Cand after_{};
@@ -265,25 +351,25 @@ class Memo {
 
 bool AllPlaced(const Grid& g);
 // IsBroken on the lines and signs of the scope only.
-bool BrokenWithin(const Grid& g, const Scope& scope);
+bool BrokenWithin(const Grid& g, const Scope& scope, Memo& memo);
 
 // The techniques, one family to a file. Each fills `step` with the first it finds.
 // singles.cpp
 bool NakedSingle(const Grid& g, Step& step, const Scope& scope);
 bool HiddenSingle(const Grid& g, Step& step, const Scope& scope);
 // signs.cpp
-bool SignBesideDigit(const Grid& g, Step& step, const Scope& scope);
+bool SignBesideDigit(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 bool SignChain(const Grid& g, Step& step, Memo& memo, const Scope& scope);
-bool SignBounds(const Grid& g, Step& step, const Scope& scope);
+bool SignBounds(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 // subsets_and_fish.cpp
 bool NakedPair(const Grid& g, Step& s, const Scope& scope);
-bool HiddenPair(const Grid& g, Step& s, const Scope& scope);
+bool HiddenPair(const Grid& g, Step& s, Memo& memo, const Scope& scope);
 bool NakedTriple(const Grid& g, Step& s, const Scope& scope);
-bool HiddenTriple(const Grid& g, Step& s, const Scope& scope);
+bool HiddenTriple(const Grid& g, Step& s, Memo& memo, const Scope& scope);
 bool NakedQuad(const Grid& g, Step& s, const Scope& scope);
-bool HiddenQuad(const Grid& g, Step& s, const Scope& scope);
-bool XWing(const Grid& g, Step& s, const Scope& scope);
-bool Swordfish(const Grid& g, Step& s, const Scope& scope);
+bool HiddenQuad(const Grid& g, Step& s, Memo& memo, const Scope& scope);
+bool XWing(const Grid& g, Step& s, Memo& memo, const Scope& scope);
+bool Swordfish(const Grid& g, Step& s, Memo& memo, const Scope& scope);
 // chains_and_contradictions.cpp
 bool ForcingChain(const Grid& g, Step& step, Memo& memo);
 bool ContradictionQuick(const Grid& g, Step& step, Memo& memo);
@@ -292,7 +378,11 @@ bool NestedContradiction(const Grid& g, Step& step, Memo& memo);
 
 // ladder.cpp: the first step of rungs 1 to 5 within the scope.
 bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope);
+// The same, each rung within its own scope: where the grid changed since that rung last
+// found nothing. The scopes of the rungs that find nothing are emptied.
+bool EasyStepSince(const Grid& g, Step& step, Memo& memo, std::array<Scope, kBelowChains>& since);
 // The first step of rungs 1 to 7: the ladder as it is followed inside an assumption.
-bool StepBelowMaster(const Grid& g, Step& step, Memo& memo);
+// Without `deep`, rungs 1 to 5 and the quick contradiction only.
+bool StepBelowMaster(const Grid& g, Step& step, Memo& memo, bool deep);
 
 }  // namespace qm::reasoning::internal

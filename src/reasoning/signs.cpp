@@ -19,9 +19,8 @@ std::string Where(int n, int from, int to) {
 
 }  // namespace
 
-bool SignBesideDigit(const Grid& g, Step& step, const Scope& scope) {
-  for (const Sign& s : g.SignList()) {
-    if (!scope.Touches(s)) continue;
+bool SignBesideDigit(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
+  return memo.AnySign(g, scope, [&](const Sign& s) {
     // One side placed, the other open: the open side is above a placed smaller digit,
     // or below a placed greater one.
     for (const bool openIsGreater : {true, false}) {
@@ -32,13 +31,21 @@ bool SignBesideDigit(const Grid& g, Step& step, const Scope& scope) {
       const DigitMask allowed = openIsGreater ? masks::Above(d) : masks::Below(d);
       const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(open)] & ~allowed);
       if (gone == 0) continue;
-      step = {"Sign beside a digit", kSignDigit, {open, placed}, {}, {{open, gone}}, ""};
-      step.text = Capital(CellName(g.n, open)) + " must be " + (openIsGreater ? "greater" : "less") + " than the " +
-                  std::to_string(d) + " " + Where(g.n, open, placed) + ": it cannot be " + Digits(gone, "or") + ".";
+      Begin(step, "Sign beside a digit", kSignDigit);
+      step.cells = {open, placed};
+      step.removed.emplace_back(open, gone);
+      std::string& text = step.text;
+      text.append(CellName(g.n, open)).append(" must be ").append(openIsGreater ? "greater" : "less");
+      text.append(" than the ");
+      AppendNumber(text, d);
+      text.append(" ").append(Where(g.n, open, placed)).append(": it cannot be ");
+      AppendDigits(text, gone, "or");
+      text.append(".");
+      text[0] = 'R';
       return true;
     }
-  }
-  return false;
+    return false;
+  });
 }
 
 Chains LongestChains(const Grid& g, bool down) {
@@ -72,17 +79,23 @@ bool SignChain(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
       const DigitMask allowed = down ? masks::Range(k, g.n) : masks::Range(1, g.n - k + 1);
       const DigitMask gone = static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & ~allowed);
       if (gone == 0) return false;
-      step = {"Sign chain", kSignBounds, {}, {}, {{c, gone}}, ""};
-      std::vector<std::string> names;
-      for (int at = c; at >= 0 && static_cast<int>(names.size()) < k; at = chains.next[static_cast<std::size_t>(at)]) {
+      Begin(step, "Sign chain", kSignBounds);
+      step.removed.emplace_back(c, gone);
+      std::string& text = step.text;
+      text.append(CellName(g.n, c)).append(" is the ").append(down ? "top" : "bottom").append(" of a chain of ");
+      AppendNumber(text, k);
+      text.append(" cells (");
+      for (int at = c; at >= 0 && static_cast<int>(step.cells.size()) < k; at = chains.next[static_cast<std::size_t>(at)]) {
+        if (!step.cells.empty()) text.append(down ? " > " : " < ");
         step.cells.push_back(at);
-        names.push_back(CellName(g.n, at));
+        text.append(CellName(g.n, at));
       }
-      std::string chain;
-      for (std::size_t i = 0; i < names.size(); ++i) chain += (i == 0 ? "" : down ? " > " : " < ") + names[i];
-      step.text = Capital(CellName(g.n, c)) + " is the " + (down ? "top" : "bottom") + " of a chain of " +
-                  std::to_string(k) + " cells (" + chain + "), so it is at " + (down ? "least " : "most ") +
-                  std::to_string(down ? k : g.n - k + 1) + ": it cannot be " + Digits(gone, "or") + ".";
+      text.append("), so it is at ").append(down ? "least " : "most ");
+      AppendNumber(text, down ? k : g.n - k + 1);
+      text.append(": it cannot be ");
+      AppendDigits(text, gone, "or");
+      text.append(".");
+      text[0] = 'R';
       return true;
     });
     if (found) return true;
@@ -90,33 +103,40 @@ bool SignChain(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
   return false;
 }
 
-bool SignBounds(const Grid& g, Step& step, const Scope& scope) {
-  for (const Sign& s : g.SignList()) {
-    if (!scope.Touches(s)) continue;
+bool SignBounds(const Grid& g, Step& step, Memo& memo, const Scope& scope) {
+  return memo.AnySign(g, scope, [&](const Sign& s) {
     const auto gi = static_cast<std::size_t>(s.greater);
     const auto si = static_cast<std::size_t>(s.smaller);
-    if (g.placed[gi] || g.placed[si] || g.cand[gi] == 0 || g.cand[si] == 0) continue;
+    if (g.placed[gi] || g.placed[si] || g.cand[gi] == 0 || g.cand[si] == 0) return false;
     const int lowest = masks::Lowest(g.cand[si]);
     const int highest = masks::Highest(g.cand[gi]);
     const DigitMask goneG = static_cast<DigitMask>(g.cand[gi] & ~masks::Above(lowest));
     const DigitMask goneS = static_cast<DigitMask>(g.cand[si] & ~masks::Below(highest));
-    if (goneG == 0 && goneS == 0) continue;
-    step = {"Sign bounds", kSignBounds, {s.greater, s.smaller}, {}, {}, ""};
-    std::vector<std::string> parts;
+    if (goneG == 0 && goneS == 0) return false;
+    Begin(step, "Sign bounds", kSignBounds);
+    step.cells = {s.greater, s.smaller};
+    std::string& text = step.text;
     if (goneG != 0) {
       step.removed.emplace_back(s.greater, goneG);
-      parts.push_back(CellName(g.n, s.greater) + " is greater than " + CellName(g.n, s.smaller) +
-                      ", which is at least " + std::to_string(lowest) + ", so it cannot be " + Digits(goneG, "or"));
+      text.append(CellName(g.n, s.greater)).append(" is greater than ").append(CellName(g.n, s.smaller));
+      text.append(", which is at least ");
+      AppendNumber(text, lowest);
+      text.append(", so it cannot be ");
+      AppendDigits(text, goneG, "or");
     }
     if (goneS != 0) {
       step.removed.emplace_back(s.smaller, goneS);
-      parts.push_back(CellName(g.n, s.smaller) + " is less than " + CellName(g.n, s.greater) + ", which is at most " +
-                      std::to_string(highest) + ", so it cannot be " + Digits(goneS, "or"));
+      if (!text.empty()) text.append("; ");
+      text.append(CellName(g.n, s.smaller)).append(" is less than ").append(CellName(g.n, s.greater));
+      text.append(", which is at most ");
+      AppendNumber(text, highest);
+      text.append(", so it cannot be ");
+      AppendDigits(text, goneS, "or");
     }
-    step.text = Capital(parts[0]) + (parts.size() > 1 ? "; " + parts[1] : "") + ".";
+    text.append(".");
+    text[0] = 'R';
     return true;
-  }
-  return false;
+  });
 }
 
 }  // namespace qm::reasoning::internal

@@ -1,6 +1,4 @@
 // Rung 1: a cell with one digit left, and a digit with one place left in a line.
-#include <algorithm>
-
 #include "reasoning/ladder_internal.h"
 
 namespace qm::reasoning::internal {
@@ -14,14 +12,20 @@ void PlaceWithPeers(const Grid& g, int cell, int d, Step& step) {
     step.removed.emplace_back(cell, static_cast<DigitMask>(g.cand[static_cast<std::size_t>(cell)] & ~masks::Bit(d)));
   }
   const int n = g.n;
+  // A row and a column share only the cell itself: no peer comes twice.
   for (int i = 0; i < n; ++i) {
     for (const int peer : {cell / n * n + i, i * n + cell % n}) {
       if (peer == cell || g.placed[static_cast<std::size_t>(peer)]) continue;
       if ((g.cand[static_cast<std::size_t>(peer)] & masks::Bit(d)) == 0) continue;
-      if (std::any_of(step.removed.begin(), step.removed.end(), [&](const auto& r) { return r.first == peer; })) continue;
       step.removed.emplace_back(peer, masks::Bit(d));
     }
   }
+}
+
+void Start(Step& step, const char* technique, const int* cells, int count) {
+  Begin(step, technique, kSingles);
+  step.cells.assign(cells, cells + count);
+  step.removed.reserve(static_cast<std::size_t>(2 * kMaxGridSize));
 }
 
 }  // namespace
@@ -31,10 +35,12 @@ bool NakedSingle(const Grid& g, Step& step, const Scope& scope) {
     const DigitMask m = g.cand[static_cast<std::size_t>(c)];
     if (g.placed[static_cast<std::size_t>(c)] || !Single(m)) return false;
     const int d = DigitOf(m);
-    step = {"Naked single", kSingles, {c}, {}, {}, ""};
+    Start(step, "Naked single", &c, 1);
     PlaceWithPeers(g, c, d, step);
-    step.text = Capital(CellName(g.n, c)) + " can only be " + std::to_string(d) + ": place it, and " +
-                std::to_string(d) + " leaves the rest of its row and column.";
+    const char digit[] = {static_cast<char>('0' + d), '\0'};
+    step.text.append(CellName(g.n, c)).append(" can only be ").append(digit).append(": place it, and ");
+    step.text.append(digit).append(" leaves the rest of its row and column.");
+    step.text[0] = 'R';
     return true;
   });
 }
@@ -53,10 +59,11 @@ bool HiddenSingle(const Grid& g, Step& step, const Scope& scope) {
         place = cells[static_cast<std::size_t>(i)];
       }
     }
-    step = {"Hidden single", kSingles, {cells.begin(), cells.begin() + n}, {}, {}, ""};
+    Start(step, "Hidden single", cells.data(), n);
     PlaceWithPeers(g, place, d, step);
-    step.text = "In " + LineName(n, l) + ", " + std::to_string(d) + " fits only in " + CrossName(n, l, place) +
-                ": place it at " + CellName(n, place) + ".";
+    const char digit[] = {static_cast<char>('0' + d), '\0'};
+    step.text.append("In ").append(LineName(n, l)).append(", ").append(digit).append(" fits only in ");
+    step.text.append(CrossName(n, l, place)).append(": place it at ").append(CellName(n, place)).append(".");
     return true;
   });
 }

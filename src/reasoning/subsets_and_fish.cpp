@@ -33,17 +33,13 @@ bool ForEachSmallUnion(const unsigned* items, int count, int k, F&& f) {
 
 constexpr const char* kSubsetNames[] = {"", "", "pair", "triple", "quad"};
 
-// Where each digit may go in each line (bit i: the line's i-th cell), and the digits
-// placed in each line: one pass over the cells instead of one per digit and line.
-struct Places {
-  std::array<std::array<unsigned, kMaxGridSize + 1>, 2 * kMaxGridSize> at{};
-  std::array<DigitMask, 2 * kMaxGridSize> placed{};
-  std::array<int, 2 * kMaxGridSize> open{};  // cells not placed
-};
+}  // namespace
 
-Places PlacesOf(const Grid& g) {
+const Places& Memo::PlacesFor(const Grid& g) {
+  if (placesKnown_ && placesN_ == g.n && g.cand == placesCand_ && g.placed == placesPlaced_) return places_;
   const int n = g.n;
-  Places p;
+  Places& p = places_;
+  p = Places{};
   for (int r = 0, c = 0; r < n; ++r) {
     for (int k = 0; k < n; ++k, ++c) {
       const auto row = static_cast<std::size_t>(r);
@@ -62,8 +58,14 @@ Places PlacesOf(const Grid& g) {
       }
     }
   }
+  placesKnown_ = true;
+  placesN_ = n;
+  placesCand_ = g.cand;
+  placesPlaced_ = g.placed;
   return p;
 }
+
+namespace {
 
 bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
   const int n = g.n;
@@ -71,12 +73,16 @@ bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
     std::array<int, kMaxGridSize> open{};
     std::array<unsigned, kMaxGridSize> cand{};
     int count = 0;
+    int small = 0;  // cells with k digits or fewer: a subset takes k of them
     for (int i = 0; i < n; ++i) {
       const int c = line[static_cast<std::size_t>(i)];
       if (g.placed[static_cast<std::size_t>(c)]) continue;
       open[static_cast<std::size_t>(count)] = c;
       cand[static_cast<std::size_t>(count++)] = g.cand[static_cast<std::size_t>(c)];
+      small += masks::Count(g.cand[static_cast<std::size_t>(c)]) <= k ? 1 : 0;
     }
+    // It strikes only from a cell outside it.
+    if (small < k || count <= k) return false;
     return ForEachSmallUnion(cand.data(), count, k, [&](unsigned set, unsigned together) {
       if (Ones(together) != k) return false;
       const auto digits = static_cast<DigitMask>(together);
@@ -106,10 +112,10 @@ bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
   });
 }
 
-bool HiddenSubset(const Grid& g, int k, Step& step, const Scope& scope) {
+bool HiddenSubset(const Grid& g, int k, Step& step, Memo& memo, const Scope& scope) {
   const int n = g.n;
   if (scope.Empty()) return false;
-  const Places where = PlacesOf(g);
+  const Places& where = memo.PlacesFor(g);
   return AnyLineInScope(n, scope, [&](int l, const Line& line) {
     const auto li = static_cast<std::size_t>(l);
     const DigitMask placedDigits = where.placed[li];
@@ -118,11 +124,14 @@ bool HiddenSubset(const Grid& g, int k, Step& step, const Scope& scope) {
     std::array<int, kMaxGridSize> digits{};
     std::array<unsigned, kMaxGridSize> spots{};
     int digitCount = 0;
+    int few = 0;  // digits with k places or fewer: a subset takes k of them
     for (int d = 1; d <= n; ++d) {
       if ((placedDigits & masks::Bit(d)) != 0) continue;
       digits[static_cast<std::size_t>(digitCount)] = d;
       spots[static_cast<std::size_t>(digitCount++)] = where.at[li][static_cast<std::size_t>(d)];
+      few += Ones(where.at[li][static_cast<std::size_t>(d)]) <= k ? 1 : 0;
     }
+    if (few < k) return false;
     return ForEachSmallUnion(spots.data(), digitCount, k, [&](unsigned set, unsigned cover) {
       if (Ones(cover) != k) return false;
       DigitMask chosen = 0;
@@ -155,10 +164,10 @@ bool HiddenSubset(const Grid& g, int k, Step& step, const Scope& scope) {
 
 // ---- Rung 5: one digit across rows or columns -----------------------------------------
 
-bool Fish(const Grid& g, int k, Step& step, const Scope& scope) {
+bool Fish(const Grid& g, int k, Step& step, Memo& memo, const Scope& scope) {
   const int n = g.n;
   if (scope.Empty()) return false;
-  const Places where = PlacesOf(g);
+  const Places& where = memo.PlacesFor(g);
   for (int d = 1; d <= n; ++d) {
     if (!scope.Digit(d)) continue;
     for (const bool byRows : {true, false}) {
@@ -223,12 +232,12 @@ bool Fish(const Grid& g, int k, Step& step, const Scope& scope) {
 }  // namespace
 
 bool NakedPair(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 2, s, scope); }
-bool HiddenPair(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 2, s, scope); }
+bool HiddenPair(const Grid& g, Step& s, Memo& memo, const Scope& scope) { return HiddenSubset(g, 2, s, memo, scope); }
 bool NakedTriple(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 3, s, scope); }
-bool HiddenTriple(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 3, s, scope); }
+bool HiddenTriple(const Grid& g, Step& s, Memo& memo, const Scope& scope) { return HiddenSubset(g, 3, s, memo, scope); }
 bool NakedQuad(const Grid& g, Step& s, const Scope& scope) { return NakedSubset(g, 4, s, scope); }
-bool HiddenQuad(const Grid& g, Step& s, const Scope& scope) { return HiddenSubset(g, 4, s, scope); }
-bool XWing(const Grid& g, Step& s, const Scope& scope) { return Fish(g, 2, s, scope); }
-bool Swordfish(const Grid& g, Step& s, const Scope& scope) { return Fish(g, 3, s, scope); }
+bool HiddenQuad(const Grid& g, Step& s, Memo& memo, const Scope& scope) { return HiddenSubset(g, 4, s, memo, scope); }
+bool XWing(const Grid& g, Step& s, Memo& memo, const Scope& scope) { return Fish(g, 2, s, memo, scope); }
+bool Swordfish(const Grid& g, Step& s, Memo& memo, const Scope& scope) { return Fish(g, 3, s, memo, scope); }
 
 }  // namespace qm::reasoning::internal

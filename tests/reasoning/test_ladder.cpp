@@ -79,6 +79,62 @@ TEST(Ladder, SignsBoundTheirCells) {
             "Row 1, column 2 is less than row 1, column 1, which is at most 3, so it cannot be 3 or 4.");
 }
 
+// The sentences of the sign rungs, word for word: chains both ways, both sides of one
+// sign, a digit above, and a list of several digits.
+TEST(Ladder, SignSentencesReadInFull) {
+  Step step;
+  Grid chain = Built({".<.<...", ".......", ".......", ".......", ".......", ".......", "......."});
+  ASSERT_TRUE(NextStep(chain, step));
+  EXPECT_EQ(step.text,
+            "Row 1, column 3 is the top of a chain of 3 cells (row 1, column 3 > row 1, column 2 > row 1, "
+            "column 1), so it is at least 3: it cannot be 1 or 2.");
+  EXPECT_EQ(step.cells, (std::vector<int>{2, 1, 0}));
+  Apply(chain, step);
+  ASSERT_TRUE(NextStep(chain, step));
+  EXPECT_EQ(step.text,
+            "Row 1, column 1 is the bottom of a chain of 3 cells (row 1, column 1 < row 1, column 2 < row 1, "
+            "column 3), so it is at most 2: it cannot be 3 or 4.");
+
+  ASSERT_TRUE(TryTechnique(Built({".>.....", ".......", ".......", ".......", ".......", ".......", "......."},
+                                 {"123", "234", "", "", "", "", "", "", "", "", "", "", "", "", "", ""}),
+                           "Sign bounds", step));
+  EXPECT_EQ(step.text,
+            "Row 1, column 1 is greater than row 1, column 2, which is at least 2, so it cannot be 1 or 2; "
+            "row 1, column 2 is less than row 1, column 1, which is at most 3, so it cannot be 3 or 4.");
+  EXPECT_EQ(step.removed, (std::vector<std::pair<int, DigitMask>>{{0, MaskOf("12")}, {1, MaskOf("34")}}));
+
+  ASSERT_TRUE(TryTechnique(Built({"2......", "^......", ".......", ".......", ".......", ".......", "......."}),
+                           "Sign beside a digit", step));
+  EXPECT_EQ(step.text, "Row 2, column 1 must be greater than the 2 above it: it cannot be 1.");
+  // Not on its own at the grid's edge: a 9x9 puts a three-digit list in one sentence.
+  ASSERT_TRUE(TryTechnique(Built({"4<...............", ".................", ".................",
+                                  ".................", ".................", ".................",
+                                  ".................", ".................", ".................",
+                                  ".................", ".................", ".................",
+                                  ".................", ".................", ".................",
+                                  ".................", "................."}),
+                           "Sign beside a digit", step));
+  EXPECT_EQ(step.text, "Row 1, column 2 must be greater than the 4 to its left: it cannot be 1, 2 or 3.");
+  EXPECT_EQ(CellName(9, 80), "row 9, column 9");
+  EXPECT_EQ(CellName(9, 9), "row 2, column 1");
+}
+
+// After each step only the lines and signs beside the cells it changed are looked at
+// again: a sign left without room must still end the explanation at once.
+TEST(Ladder, AStepThatBreaksASignEndsTheExplanation) {
+  // Row 1, column 1 can only be 3 ("33" is not a placed digit); placing it leaves 1 and 2
+  // on either side of a ">" that needs the greater on the left.
+  const Grid grid = Built({"...>...", ".......", ".......", ".......", ".......", ".......", "......."},
+                          {"33", "13", "23", "", "", "", "", "", "", "", "", "", "", "", "", ""});
+  ASSERT_FALSE(IsBroken(grid));
+  const Explanation result = Explain(grid);
+  ASSERT_EQ(result.steps.size(), 1u);
+  EXPECT_EQ(result.steps[0].technique, "Naked single");
+  EXPECT_TRUE(result.broken);
+  EXPECT_FALSE(result.solved);
+  EXPECT_EQ(result.grade.level, kNeedsSearch);
+}
+
 TEST(Ladder, SubsetsNakedAndHiddenOfEverySize) {
   const std::vector<std::string> empty4(7, ".......");
   const std::vector<std::string> empty5(9, ".........");
@@ -335,6 +391,29 @@ TEST(Ladder, MasterFinishesWhatContradictionsLeave) {
     }
     EXPECT_GT(masters, 0) << i;
   }
+}
+
+// Within one explanation the nested rung remembers the grid's solution and where every
+// assumption led; each of its steps must still be the one it finds on that grid afresh.
+TEST(Ladder, MasterStepsAreTheSameAfresh) {
+  const std::string file = std::string(QUILLMERE_BENCH_DATA) + "master9x9.fut";
+  PuzzleModel m;
+  ASSERT_FALSE(LoadPuzzle(m, file, 17).notFound);
+  ExplainOptions options;
+  options.keepGrids = true;
+  const Grid start = GridFromModel(m);
+  const Explanation result = Explain(start, options);
+  ASSERT_TRUE(result.solved);
+  int masters = 0;
+  for (std::size_t s = 0; s < result.steps.size() && masters < 3; ++s) {
+    if (result.steps[s].level != kMaster) continue;
+    ++masters;
+    Step afresh;
+    ASSERT_TRUE(NextStep(s == 0 ? start : result.after[s - 1], afresh)) << s;
+    EXPECT_EQ(afresh.text, result.steps[s].text) << s;
+    EXPECT_EQ(afresh.removed, result.steps[s].removed) << s;
+  }
+  EXPECT_GT(masters, 0);
 }
 
 // Random puzzles made as hard as the search allows, every size: every step of every rung
