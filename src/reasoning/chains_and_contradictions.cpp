@@ -683,26 +683,26 @@ bool NestedContradiction(const Grid& g, Step& step, Memo& memo) {
   for (const bool deep : {false, true}) {
     int budget = kNestedBudget;
     for (const bool stalledBefore : {false, true}) {
-    for (const auto& [c, d] : assumptions) {
-      if (budget <= 0) break;
-      if (solution != nullptr && (*solution)[static_cast<std::size_t>(c)] == masks::Bit(d)) continue;
-      if (memo.Stalled(c, d, deep) != stalledBefore) continue;
-      Trail trail;
-      if (!BreaksUnderLadder(g, c, d, deep, memo.Nested(), budget, trail)) {
-        memo.Stall(c, d, deep);
-        continue;
+      for (const auto& [c, d] : assumptions) {
+        if (budget <= 0) break;
+        if (solution != nullptr && (*solution)[static_cast<std::size_t>(c)] == masks::Bit(d)) continue;
+        if (memo.Stalled(c, d, deep) != stalledBefore) continue;
+        Trail trail;
+        if (!BreaksUnderLadder(g, c, d, deep, memo.Nested(), budget, trail)) {
+          memo.Stall(c, d, deep);
+          continue;
+        }
+        step = {"Nested contradiction", kMaster, {c}, {}, {{c, masks::Bit(d)}}, ""};
+        for (const auto& [cell, digit] : trail.placed) {
+          if (cell != c && step.cells.size() < 8) step.cells.push_back(cell);
+        }
+        const std::size_t skip = !trail.placed.empty() && trail.placed[0].first == c ? 1 : 0;
+        step.text = "If " + CellName(g.n, c) + " were " + std::to_string(d) +
+                    ", then, with every rung up to contradictions followed inside that assumption, " +
+                    TrailText(g.n, trail, skip) + (trail.placed.size() > skip ? "and " : "") + trail.contradiction +
+                    ": so it is not " + std::to_string(d) + ".";
+        return true;
       }
-      step = {"Nested contradiction", kMaster, {c}, {}, {{c, masks::Bit(d)}}, ""};
-      for (const auto& [cell, digit] : trail.placed) {
-        if (cell != c && step.cells.size() < 8) step.cells.push_back(cell);
-      }
-      const std::size_t skip = !trail.placed.empty() && trail.placed[0].first == c ? 1 : 0;
-      step.text = "If " + CellName(g.n, c) + " were " + std::to_string(d) +
-                  ", then, with every rung up to contradictions followed inside that assumption, " +
-                  TrailText(g.n, trail, skip) + (trail.placed.size() > skip ? "and " : "") + trail.contradiction +
-                  ": so it is not " + std::to_string(d) + ".";
-      return true;
-    }
     }
   }
   return false;
