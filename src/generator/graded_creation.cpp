@@ -121,21 +121,23 @@ class Givens {
   // standing given holds? Asked of a unique puzzle with `broken` just removed, a yes
   // means the removal let a second solution in.
   bool SolutionBreaking(int item, Refutations* refutations = nullptr) const {
+    // Fixed room rather than a vector: this runs tens of thousands of times a second.
     std::array<DigitMask, kCells> cells{};
-    std::vector<std::pair<int, int>> signs;
-    signs.reserve(static_cast<std::size_t>(2 * nn_));
+    std::array<std::pair<int, int>, 2 * kCells> signList{};
+    std::size_t count = 0;
     for (int c = 0; c < nn_; ++c) {
       cells[static_cast<std::size_t>(c)] = On(c) ? masks::Bit(Solution(c)) : masks::Full(n_);
     }
     for (int s = nn_; s < 3 * nn_; ++s) {
-      if (On(s) && Exists(s)) signs.push_back(SignCells(s));
+      if (On(s) && Exists(s)) signList[count++] = SignCells(s);
     }
     if (IsClue(item)) {
       cells[static_cast<std::size_t>(item)] = static_cast<DigitMask>(masks::Full(n_) & ~masks::Bit(Solution(item)));
     } else {
       const auto [greater, smaller] = SignCells(item);
-      signs.emplace_back(smaller, greater);
+      signList[count++] = {smaller, greater};
     }
+    const auto signs = std::span<const std::pair<int, int>>(signList.data(), count);
     SearchOptions options;
     options.limit = 1;
     const auto span = std::span<const DigitMask>(cells.data(), static_cast<std::size_t>(nn_));
@@ -351,9 +353,8 @@ class Maker {
     result.reason = GradedConflict(options_);
     if (!result.reason.empty()) return result;
     const int tries = options_.maxTries > 0 ? options_.maxTries : DefaultGradedTries(options_.size);
-    budget_ = tries;
     const bool walk = options_.minimal && options_.minGrade >= reasoning::kSubsets;
-    while (result.tries < budget_) {
+    while (result.tries < tries) {
       if (Cancelled()) {
         result.cancelled = true;
         result.reason = "cancelled";
@@ -487,8 +488,8 @@ class Maker {
   // Where every puzzle must be minimal: the plain reduction gives a minimal puzzle, and
   // minimal puzzles mostly grade harder than the middle rungs. A near miss is changed
   // rather than thrown away: one given goes back (where the ladder got stuck, when it
-  // is too hard) and whatever that makes redundant goes, which is again minimal. Each
-  // puzzle graded counts as a try; after a while without landing, a fresh solution.
+  // is too hard) and whatever that makes redundant goes, which is again minimal. After a
+  // number of such changes without landing, the try ends and the next starts afresh.
   bool Walk(GradedResult& result) {
     const int n = options_.size;
     std::array<int, kCells> solution = RandomSquare(n, draws_);
@@ -514,11 +515,9 @@ class Maker {
     reasoning::Grid keptStuck;
     bool keptStopped = false;
     double keptValue = -1;
+    int stale = 0;  // changes undone in a row
     for (int step = 0; step < kWalkSteps; ++step) {
-      if (step > 0) {
-        if (result.tries >= budget_ || Cancelled()) return false;
-        ++result.tries;
-      }
+      if (Cancelled()) return false;
       reasoning::ExplainOptions explain;
       explain.stopAbove = options_.maxGrade;
       reasoning::Explanation explained = reasoning::Explain(givens.Grid(), explain);
@@ -530,24 +529,25 @@ class Maker {
       // is narrow, and it is nearer from above).
       const double value = explained.stopped ? Progress(explained.final) : explained.grade.level * 1000.0 + explained.grade.score;
       if (step > 0 && (explained.stopped == keptStopped ? value < keptValue : keptStopped)) {
+        if (++stale >= kStaleSteps) return false;
         givens = kept;
         explained.final = keptStuck;
         explained.stopped = keptStopped;
       } else {
+        stale = 0;
         kept = givens;
         keptStuck = explained.final;
         keptStopped = explained.stopped;
         keptValue = value;
       }
-      // The given to put back: too hard, a clue on a cell the ladder left open (a sign
-      // there when clues are fixed), and signs go first after it; too easy, a sign, which
-      // says less than a clue, and clues go first after it.
+      // The given to put back: too hard, a clue or sign on cells the ladder left open;
+      // too easy, a sign, which says less than a clue, and clues go first after it.
       const bool easier = explained.stopped;
       std::vector<std::size_t> back;
       for (std::size_t o = 0; o < orbits.size(); ++o) {
         const int item = orbits[o].front();
         if (givens.On(item)) continue;
-        if (easier ? !TouchesOpen(givens, explained.final, item) || (!givens.IsClue(item) && freeClues) : givens.IsClue(item) && freeClues) continue;
+        if (easier ? !OnOpenCells(givens, explained.final, item) : givens.IsClue(item) && freeClues) continue;
         back.push_back(o);
       }
       // One that makes some other given redundant: otherwise it goes again at once and
@@ -559,7 +559,7 @@ class Maker {
         const std::size_t added = back[b];
         for (const int item : orbits[added]) givens.Set(item, true);
         draws_.Shuffle(order);
-        std::stable_partition(order.begin(), order.end(), [&](std::size_t o) { return givens.IsClue(orbits[o].front()) != easier; });
+        if (!easier) std::partition(order.begin(), order.end(), [&](std::size_t o) { return givens.IsClue(orbits[o].front()); });
         for (const std::size_t o : order) {
           if (o != added && givens.On(orbits[o].front())) changed = givens.TryRemove(orbits[o], &refutations) || changed;
         }
@@ -581,12 +581,12 @@ class Maker {
     return struck;
   }
 
-  // Whether a clue, or a sign with one of its cells, lies on a cell not placed in `grid`.
-  static bool TouchesOpen(const Givens& givens, const reasoning::Grid& grid, int item) {
+  // Whether a clue lies on a cell not placed in `grid`, or a sign between two such.
+  static bool OnOpenCells(const Givens& givens, const reasoning::Grid& grid, int item) {
     auto open = [&](int cell) { return !grid.placed[static_cast<std::size_t>(cell)]; };
     if (givens.IsClue(item)) return open(item);
     const auto [greater, smaller] = givens.SignCells(item);
-    return open(greater) || open(smaller);
+    return open(greater) && open(smaller);
   }
 
   bool Accept(const Givens& givens, int grade, double score, int slots, int signs, GradedResult& result) const {
@@ -599,10 +599,12 @@ class Maker {
     return true;
   }
 
+  // Measured on 7x7 and 9x9 Hard and Fiendish: longer walks, or fewer undone changes
+  // before giving up, made fewer puzzles a second.
   static constexpr int kWalkSteps = 40;
+  static constexpr int kStaleSteps = 16;
 
   const GradedOptions& options_;
-  int budget_ = 0;
   Draws draws_;
   const std::atomic<bool>* cancel_;
 };
