@@ -605,7 +605,7 @@ class Maker {
   // Changes undone in a row before a walk gives up: from too easy it seldom comes back,
   // and giving up sooner keeps an unreachable range cheap.
   static constexpr int kStaleSteps = 16;
-  static constexpr int kStaleEasySteps = 6;
+  static constexpr int kStaleEasySteps = 2;
 
   const GradedOptions& options_;
   Draws draws_;
