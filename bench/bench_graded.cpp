@@ -41,7 +41,8 @@ void BM_CreateGraded(benchmark::State& state) {
 BENCHMARK(BM_CreateGraded)
     ->ArgsProduct({{9}, benchmark::CreateDenseRange(qm::reasoning::kSingles, qm::reasoning::kContradiction, 1), {0}})
     ->ArgsProduct({{7}, benchmark::CreateDenseRange(qm::reasoning::kSingles, qm::reasoning::kContradiction, 1), {0}})
-    ->ArgsProduct({{9}, {qm::reasoning::kSignBounds, qm::reasoning::kSubsets, qm::reasoning::kContradiction}, {1, 2}})
+    ->ArgsProduct({{9}, {qm::reasoning::kSignBounds, qm::reasoning::kSubsets, qm::reasoning::kForcing, qm::reasoning::kContradiction}, {1, 2}})
+    ->ArgsProduct({{7}, {qm::reasoning::kForcing}, {1, 2}})
     ->Unit(benchmark::kMillisecond)
     ->MeasureProcessCPUTime();
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bitset>
 #include <random>
 #include <tuple>
 #include <utility>
@@ -19,6 +20,24 @@ constexpr int kCells = kMaxGridSize * kMaxGridSize;
 // Givens by index: the clue of cell c is c, the sign right of c is n*n + c, the sign
 // below c is 2*n*n + c (for 9x9 the last ones lie within 3 * 81).
 constexpr int kItems = 3 * kCells;
+using Items = std::bitset<kItems>;
+
+// Second solutions met while removing givens, each as the set of givens it breaks. Such a
+// solution refutes removing any givens that cover what it breaks among those still
+// standing, so a removal it answers needs no search.
+class Refutations {
+ public:
+  bool Refutes(const Items& standing) const {
+    for (const Items& broken : broken_) {
+      if ((broken & standing).none()) return true;
+    }
+    return false;
+  }
+  void Add(const Items& broken) { broken_.push_back(broken); }
+
+ private:
+  std::vector<Items> broken_;
+};
 
 // Draws that come out the same on every standard library: the stream decides the puzzle.
 class Draws {
@@ -77,6 +96,8 @@ class Givens {
   int Solution(int cell) const { return solution_[static_cast<std::size_t>(cell)]; }
   bool On(int item) const { return on_[static_cast<std::size_t>(item)]; }
   void Set(int item, bool on) { on_[static_cast<std::size_t>(item)] = on; }
+  const Items& Standing() const { return on_; }
+  bool operator==(const Givens& other) const { return on_ == other.on_; }
 
   bool IsClue(int item) const { return item < nn_; }
   bool Exists(int item) const {
@@ -99,26 +120,49 @@ class Givens {
   // Is there a solution that breaks one of `broken` (given or not) while every other
   // standing given holds? Asked of a unique puzzle with `broken` just removed, a yes
   // means the removal let a second solution in.
-  bool SolutionBreaking(int item) const {
+  bool SolutionBreaking(int item, Refutations* refutations = nullptr) const {
+    // Fixed room rather than a vector: this runs tens of thousands of times a second.
     std::array<DigitMask, kCells> cells{};
-    std::vector<std::pair<int, int>> signs;
-    signs.reserve(static_cast<std::size_t>(2 * nn_));
+    std::array<std::pair<int, int>, 2 * kCells> signList{};
+    std::size_t count = 0;
     for (int c = 0; c < nn_; ++c) {
       cells[static_cast<std::size_t>(c)] = On(c) ? masks::Bit(Solution(c)) : masks::Full(n_);
     }
     for (int s = nn_; s < 3 * nn_; ++s) {
-      if (On(s) && Exists(s)) signs.push_back(SignCells(s));
+      if (On(s) && Exists(s)) signList[count++] = SignCells(s);
     }
     if (IsClue(item)) {
       cells[static_cast<std::size_t>(item)] = static_cast<DigitMask>(masks::Full(n_) & ~masks::Bit(Solution(item)));
     } else {
       const auto [greater, smaller] = SignCells(item);
-      signs.emplace_back(smaller, greater);
+      signList[count++] = {smaller, greater};
     }
+    const auto signs = std::span<const std::pair<int, int>>(signList.data(), count);
     SearchOptions options;
     options.limit = 1;
-    return CountSolutions(n_, std::span<const DigitMask>(cells.data(), static_cast<std::size_t>(nn_)), signs, options)
-               .count > 0;
+    const auto span = std::span<const DigitMask>(cells.data(), static_cast<std::size_t>(nn_));
+    if (refutations == nullptr) return CountSolutions(n_, span, signs, options).count > 0;
+    std::array<DigitMask, kCells> other{};
+    if (CountSolutions(n_, span, signs, options, std::span<DigitMask>(other.data(), static_cast<std::size_t>(nn_))).count == 0) {
+      return false;
+    }
+    refutations->Add(Breaks(other));
+    return true;
+  }
+
+  // The givens (standing or not) a grid of single digits breaks.
+  Items Breaks(const std::array<DigitMask, kCells>& other) const {
+    Items broken;
+    auto digit = [&](int cell) { return masks::Lowest(other[static_cast<std::size_t>(cell)]); };
+    for (int c = 0; c < nn_; ++c) {
+      if (digit(c) != Solution(c)) broken.set(static_cast<std::size_t>(c));
+    }
+    for (int s = nn_; s < 3 * nn_; ++s) {
+      if (!Exists(s)) continue;
+      const auto [greater, smaller] = SignCells(s);
+      if (digit(greater) < digit(smaller)) broken.set(static_cast<std::size_t>(s));
+    }
+    return broken;
   }
 
   bool Unique() const {
@@ -137,13 +181,18 @@ class Givens {
   }
 
   // Removes the orbit from a unique puzzle when it stays unique; otherwise leaves it.
-  bool TryRemove(const std::vector<int>& orbit) {
+  // Second solutions found go into `refutations`, which also answers first when it can.
+  bool TryRemove(const std::vector<int>& orbit, Refutations* refutations = nullptr) {
     for (const int item : orbit) Set(item, false);
+    if (refutations != nullptr && refutations->Refutes(on_)) {
+      for (const int item : orbit) Set(item, true);
+      return false;
+    }
     // A second solution breaks the first given of the orbit, or keeps it and breaks
     // the second.
     bool second = false;
     for (std::size_t i = 0; i < orbit.size() && !second; ++i) {
-      second = SolutionBreaking(orbit[i]);
+      second = SolutionBreaking(orbit[i], refutations);
       Set(orbit[i], true);  // later ones may assume it holds
     }
     for (const int item : orbit) Set(item, second);
@@ -216,7 +265,7 @@ class Givens {
   int n_;
   int nn_;
   std::array<int, kCells> solution_;
-  std::array<bool, kItems> on_{};
+  Items on_;
 };
 
 // The given a symmetric pattern pairs with `item`.
@@ -304,17 +353,24 @@ class Maker {
     result.reason = GradedConflict(options_);
     if (!result.reason.empty()) return result;
     const int tries = options_.maxTries > 0 ? options_.maxTries : DefaultGradedTries(options_.size);
-    for (result.tries = 1; result.tries <= tries; ++result.tries) {
+    const bool walk = options_.minimal && options_.minGrade >= reasoning::kSubsets;
+    while (result.tries < tries) {
       if (Cancelled()) {
         result.cancelled = true;
         result.reason = "cancelled";
         return result;
       }
-      if (Try(result)) {
+      ++result.tries;
+      if (walk ? Walk(result) : Try(result)) {
         result.made = true;
         result.gradeName = reasoning::RungName(result.grade);
         return result;
       }
+    }
+    if (Cancelled()) {
+      result.cancelled = true;
+      result.reason = "cancelled";
+      return result;
     }
     result.tries = tries;
     result.reason = "no puzzle graded " + RangeText() + " came in " + std::to_string(tries) + " tries";
@@ -350,6 +406,7 @@ class Maker {
 
     std::vector<std::vector<int>> orbits = Orbits(givens, options_.symmetry, freeClues, true);
     draws_.Shuffle(orbits);
+    Refutations refutations;
     const Givens start = givens;
     std::vector<std::size_t> removed;  // orbits removed, in order
     int signs = givens.Count(false);
@@ -358,7 +415,7 @@ class Maker {
       const auto& orbit = orbits[o];
       const int signsGone = givens.IsClue(orbit.front()) ? 0 : static_cast<int>(orbit.size());
       if (signs - signsGone < floor) continue;
-      if (givens.TryRemove(orbit)) {
+      if (givens.TryRemove(orbit, &refutations)) {
         removed.push_back(o);
         signs -= signsGone;
       }
@@ -404,13 +461,13 @@ class Maker {
           const int signsGone = givens.IsClue(orbit.front()) ? 0 : static_cast<int>(orbit.size());
           if (signs - signsGone < floor) continue;
           Givens trial = givens;
-          if (!trial.TryRemove(orbit) || !trial.GradeAtMost(options_.maxGrade)) continue;
+          if (!trial.TryRemove(orbit, &refutations) || !trial.GradeAtMost(options_.maxGrade)) continue;
           givens = trial;
           signs -= signsGone;
         }
-        if (MinimalApplies(options_.minGrade) && !Minimal(givens, orbits)) continue;
+        if (MinimalApplies(options_.minGrade) && !Minimal(givens, orbits, refutations)) continue;
         std::tie(grade, score) = givens.Grade();
-        if (!InRange(grade) || (MinimalApplies(grade) && !Minimal(givens, orbits))) continue;
+        if (!InRange(grade) || (MinimalApplies(grade) && !Minimal(givens, orbits, refutations))) continue;
         return Accept(givens, grade, score, slots, signs, result);
       }
       return false;
@@ -419,13 +476,117 @@ class Maker {
   }
 
   // No orbit of givens can go.
-  static bool Minimal(const Givens& givens, const std::vector<std::vector<int>>& orbits) {
+  static bool Minimal(const Givens& givens, const std::vector<std::vector<int>>& orbits, Refutations& refutations) {
     for (const auto& orbit : orbits) {
       if (!givens.On(orbit.front())) continue;
       Givens trial = givens;
-      if (trial.TryRemove(orbit)) return false;
+      if (trial.TryRemove(orbit, &refutations)) return false;
     }
     return true;
+  }
+
+  // Where every puzzle must be minimal: the plain reduction gives a minimal puzzle, and
+  // minimal puzzles mostly grade harder than the middle rungs. A near miss is changed
+  // rather than thrown away: one given goes back (where the ladder got stuck, when it
+  // is too hard) and whatever that makes redundant goes, which is again minimal. After a
+  // number of such changes without landing, the try ends and the next starts afresh.
+  bool Walk(GradedResult& result) {
+    const int n = options_.size;
+    std::array<int, kCells> solution = RandomSquare(n, draws_);
+    Givens givens(n, solution);
+    const bool freeClues = !FixesClues(options_.clues);
+    if (freeClues) {
+      for (int item = 0; item < 3 * n * n; ++item) givens.Set(item, givens.Exists(item));
+    } else {
+      if (!PlaceFixedClues(givens, solution, options_, draws_)) return false;
+      if (!givens.Unique()) return false;
+    }
+    std::vector<std::vector<int>> orbits = Orbits(givens, options_.symmetry, freeClues, true);
+    draws_.Shuffle(orbits);
+    Refutations refutations;
+    for (const auto& orbit : orbits) {
+      if (Cancelled()) return false;
+      givens.TryRemove(orbit, &refutations);
+    }
+    const int slots = 2 * n * (n - 1);
+    std::vector<std::size_t> order(orbits.size());
+    for (std::size_t o = 0; o < order.size(); ++o) order[o] = o;
+    Givens kept = givens;
+    reasoning::Grid keptStuck;
+    bool keptStopped = false;
+    double keptValue = -1;
+    int stale = 0;  // changes undone in a row
+    for (int step = 0; step < kWalkSteps; ++step) {
+      if (Cancelled()) return false;
+      reasoning::ExplainOptions explain;
+      explain.stopAbove = options_.maxGrade;
+      reasoning::Explanation explained = reasoning::Explain(givens.Grid(), explain);
+      if (explained.solved && Accept(givens, explained.grade.level, explained.grade.score, slots, givens.Count(false), result)) {
+        return true;
+      }
+      // A change that leaves the puzzle further off is undone: too hard, the ladder got
+      // stuck earlier; too easy, it graded lower, or it overshot from too hard (the range
+      // is narrow, and it is nearer from above).
+      const double value = explained.stopped ? Progress(explained.final) : explained.grade.level * 1000.0 + explained.grade.score;
+      if (step > 0 && (explained.stopped == keptStopped ? value < keptValue : keptStopped)) {
+        if (++stale >= (keptStopped ? kStaleSteps : kStaleEasySteps)) return false;
+        givens = kept;
+        explained.final = keptStuck;
+        explained.stopped = keptStopped;
+      } else {
+        stale = 0;
+        kept = givens;
+        keptStuck = explained.final;
+        keptStopped = explained.stopped;
+        keptValue = value;
+      }
+      // The given to put back: too hard, a clue or sign on cells the ladder left open;
+      // too easy, a sign, which says less than a clue, and clues go first after it.
+      const bool easier = explained.stopped;
+      std::vector<std::size_t> back;
+      for (std::size_t o = 0; o < orbits.size(); ++o) {
+        const int item = orbits[o].front();
+        if (givens.On(item)) continue;
+        if (easier ? !OnOpenCells(givens, explained.final, item) : givens.IsClue(item) && freeClues) continue;
+        back.push_back(o);
+      }
+      // One that makes some other given redundant: otherwise it goes again at once and
+      // the puzzle is the same.
+      draws_.Shuffle(back);
+      bool changed = false;
+      for (std::size_t b = 0; b < back.size() && !changed; ++b) {
+        if (Cancelled()) return false;
+        const std::size_t added = back[b];
+        for (const int item : orbits[added]) givens.Set(item, true);
+        draws_.Shuffle(order);
+        if (!easier) std::partition(order.begin(), order.end(), [&](std::size_t o) { return givens.IsClue(orbits[o].front()); });
+        for (const std::size_t o : order) {
+          if (o != added && givens.On(orbits[o].front())) changed = givens.TryRemove(orbits[o], &refutations) || changed;
+        }
+        if (changed) {
+          givens.TryRemove(orbits[added], &refutations);
+        } else {
+          for (const int item : orbits[added]) givens.Set(item, false);
+        }
+      }
+      if (!changed) return false;
+    }
+    return false;
+  }
+
+  // How far the ladder got: the candidates it struck.
+  static int Progress(const reasoning::Grid& grid) {
+    int struck = 0;
+    for (int c = 0; c < grid.n * grid.n; ++c) struck += grid.n - masks::Count(grid.cand[static_cast<std::size_t>(c)]);
+    return struck;
+  }
+
+  // Whether a clue lies on a cell not placed in `grid`, or a sign between two such.
+  static bool OnOpenCells(const Givens& givens, const reasoning::Grid& grid, int item) {
+    auto open = [&](int cell) { return !grid.placed[static_cast<std::size_t>(cell)]; };
+    if (givens.IsClue(item)) return open(item);
+    const auto [greater, smaller] = givens.SignCells(item);
+    return open(greater) && open(smaller);
   }
 
   bool Accept(const Givens& givens, int grade, double score, int slots, int signs, GradedResult& result) const {
@@ -437,6 +598,14 @@ class Maker {
     result.score = score;
     return true;
   }
+
+  // Measured on 7x7 and 9x9 Hard and Fiendish: longer or shorter walks made fewer
+  // puzzles a second.
+  static constexpr int kWalkSteps = 40;
+  // Changes undone in a row before a walk gives up: from too easy it seldom comes back,
+  // and giving up sooner keeps an unreachable range cheap.
+  static constexpr int kStaleSteps = 16;
+  static constexpr int kStaleEasySteps = 2;
 
   const GradedOptions& options_;
   Draws draws_;

@@ -2,7 +2,9 @@
 // technique-ladder grade lies in a requested range. A random solution gets every sign
 // and enough clues to be unique; then givens go one at a time in random order while the
 // puzzle stays unique, and, where the result would grade too hard, the removals are cut
-// back to the last point the grade allowed and carried on with the grade checked.
+// back to the last point the grade allowed and carried on with the grade checked. Where
+// every puzzle must be minimal (Tough up), a minimal near miss is changed instead: a given
+// goes back, what it makes redundant goes, and the grade is checked again.
 //
 // Plain data in and out, no model, window or hooks: one call makes one puzzle, cheaply
 // enough for a web page to call it per puzzle.

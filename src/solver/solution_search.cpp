@@ -870,4 +870,17 @@ SolutionCount CountSolutions(int n, std::span<const DigitMask> cells, std::span<
   return search.result();
 }
 
+SolutionCount CountSolutions(int n, std::span<const DigitMask> cells, std::span<const std::pair<int, int>> signs,
+                             const SearchOptions& options, std::span<DigitMask> first) {
+  Search search(n, options, SearchTuning{});
+  Domains dom{};
+  for (size_t c = 0; c < cells.size() && c < dom.size(); ++c) dom[c] = cells[c];
+  for (const auto& [greater, smaller] : signs) search.AddRelation(greater, smaller);
+  search.Run(dom);
+  if (search.result().count > 0) {
+    for (size_t c = 0; c < first.size() && c < dom.size(); ++c) first[c] = search.first()[c];
+  }
+  return search.result();
+}
+
 }  // namespace qm

@@ -52,6 +52,11 @@ SolutionCount CountSolutions(const PuzzleModel& model, const SearchOptions& opti
 SolutionCount CountSolutions(int n, std::span<const masks::DigitMask> cells,
                              std::span<const std::pair<int, int>> signs, const SearchOptions& options,
                              const SearchTuning& tuning = SearchTuning{});
+// The same, and the first solution's cells (one digit each) written to `first` (n * n
+// entries) when one is found: creation keeps them to refute later removals without a search.
+SolutionCount CountSolutions(int n, std::span<const masks::DigitMask> cells,
+                             std::span<const std::pair<int, int>> signs, const SearchOptions& options,
+                             std::span<masks::DigitMask> first);
 inline SolutionCount CountSolutions(const PuzzleModel& model, int limit) {
   SearchOptions options;
   options.limit = limit;

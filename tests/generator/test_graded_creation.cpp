@@ -122,6 +122,82 @@ TEST(GradedCreation, EveryPuzzleIsUniqueInRangeMinimalOrSignedAndKeepsItsRule) {
   EXPECT_GE(made, static_cast<int>(cases.size()) * 2 / 3);
 }
 
+// The pattern's partner of each given goes with it: no given or symmetric pair can go.
+void ExpectNoPairCanGo(const GradedPuzzle& p, GradedSymmetry symmetry, bool cluesToo, const std::string& label) {
+  const int n = p.n;
+  const bool rotate = symmetry == GradedSymmetry::Rotate;
+  const auto at = [&](int r, int c) { return static_cast<std::size_t>(r * n + c); };
+  for (int r = 0; r < n; ++r) {
+    for (int c = 0; c < n; ++c) {
+      const int r2 = symmetry == GradedSymmetry::None ? r : rotate ? n - 1 - r : r;
+      const int c2 = symmetry == GradedSymmetry::None ? c : n - 1 - c;
+      const int shift = symmetry == GradedSymmetry::None ? 0 : 1;
+      auto check = [&](const char* what, auto clear) {
+        GradedPuzzle fewer = p;
+        clear(fewer);
+        PuzzleModel model;
+        LoadGraded(model, fewer);
+        EXPECT_EQ(Solutions(model), 2) << label << ": the " << what << " at " << r << "," << c << " can go";
+      };
+      if (cluesToo && p.clues[at(r, c)] != 0) {
+        check("clue", [&](GradedPuzzle& q) { q.clues[at(r, c)] = q.clues[at(r2, c2)] = 0; });
+      }
+      if (c < n - 1 && p.right[at(r, c)] != 0) {
+        check("sign right", [&](GradedPuzzle& q) { q.right[at(r, c)] = q.right[at(r2, c2 - shift)] = 0; });
+      }
+      if (r < n - 1 && p.below[at(r, c)] != 0) {
+        check("sign below", [&](GradedPuzzle& q) { q.below[at(r, c)] = q.below[at(rotate ? r2 - 1 : r2, c2)] = 0; });
+      }
+    }
+  }
+}
+
+// The middle rungs, where a minimal near miss is changed rather than dropped: each
+// puzzle still unique, graded as asked, minimal pair by pair under its symmetry, true to
+// its clue rule, and the same again from the same seed.
+TEST(GradedCreation, ChangedNearMissesStayMinimalTrueToTheirRulesAndRepeatable) {
+  const std::vector<Case> cases = {
+      {7, reasoning::kForcing, {Kind::Free, 0}, GradedSymmetry::None},
+      {7, reasoning::kFish, {Kind::Free, 0}, GradedSymmetry::Mirror},
+      {9, reasoning::kForcing, {Kind::Free, 0}, GradedSymmetry::Rotate},
+      {6, reasoning::kForcing, {Kind::Upto, 9}, GradedSymmetry::None},
+      {6, reasoning::kSubsets, {Kind::Exactly, 6}, GradedSymmetry::Mirror},
+      {5, reasoning::kSubsets, {Kind::None, 0}, GradedSymmetry::Rotate},
+  };
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    const Case& c = cases[i];
+    GradedOptions options;
+    options.size = c.n;
+    options.minGrade = options.maxGrade = c.grade;
+    options.clues = c.clues;
+    options.symmetry = c.symmetry;
+    const std::string label = std::to_string(c.n) + "x" + std::to_string(c.n) + " " + reasoning::RungName(c.grade) +
+                              " case " + std::to_string(i);
+    const GradedResult result = CreateGraded(options, 40 + i);
+    ASSERT_TRUE(result.made) << label << ": " << result.reason;
+    const GradedPuzzle& p = result.puzzle;
+    PuzzleModel model;
+    LoadGraded(model, p);
+    EXPECT_EQ(Solutions(model), 1) << label;
+    EXPECT_EQ(reasoning::ExplainModel(model).grade.level, c.grade) << label;
+    ExpectNoPairCanGo(p, c.symmetry, c.clues.kind == Kind::Free || c.clues.kind == Kind::Upto, label);
+    if (c.clues.kind == Kind::Upto) {
+      EXPECT_LE(p.ClueCount(), c.clues.value) << label;
+    }
+    if (c.clues.kind == Kind::Exactly) {
+      EXPECT_EQ(p.ClueCount(), c.clues.value) << label;
+    }
+    if (c.clues.kind == Kind::None) {
+      EXPECT_EQ(p.ClueCount(), 0) << label;
+    }
+
+    const GradedResult again = CreateGraded(options, 40 + i);
+    EXPECT_EQ(again.tries, result.tries) << label;
+    EXPECT_EQ(CanonicalPuzzleKey(again.puzzle), CanonicalPuzzleKey(p)) << label;
+    EXPECT_EQ(again.puzzle.solution, p.solution) << label;
+  }
+}
+
 TEST(GradedCreation, MinimalOnlyFromToughUpAndNotWhenSwitchedOff) {
   GradedOptions options;
   options.size = 6;

@@ -6,6 +6,7 @@
 #include <numeric>
 #include <random>
 
+#include "solver/grid_masks.h"
 #include "support/test_grids.h"
 
 namespace qm {
@@ -89,6 +90,27 @@ TEST(SolutionSearch, AgreesWithEnumerationOnSmallGrids) {
         EXPECT_TRUE(Satisfies(m, square));
       } else {
         EXPECT_TRUE(counted.first.empty());
+      }
+
+      // The bare grid that hands its first solution back as cells: the same count, and
+      // a grid that keeps every clue and sign; nothing written when there is none.
+      std::vector<masks::DigitMask> cells(static_cast<std::size_t>(n * n));
+      for (int k = 0; k <= m.LastPosition; ++k) {
+        if (KindOf(m, k) == PositionKind::Cell) cells[static_cast<std::size_t>(CellIndex(m, k))] = CellMask(m.PosText[k], n);
+      }
+      std::vector<std::pair<int, int>> signs;
+      ForEachSign(m, [&](int greater, int smaller) { signs.emplace_back(greater, smaller); });
+      std::vector<masks::DigitMask> found(cells.size(), 0);
+      SearchOptions options;
+      options.limit = 1;
+      ASSERT_EQ(CountSolutions(n, cells, signs, options, found).count, expected > 0 ? 1 : 0) << "trial " << trial;
+      std::vector<int> square;
+      for (const masks::DigitMask d : found) {
+        EXPECT_TRUE(expected == 0 ? d == 0 : masks::Count(d) == 1) << "trial " << trial;
+        square.push_back(masks::Lowest(d));
+      }
+      if (expected > 0) {
+        EXPECT_TRUE(Satisfies(m, square)) << "trial " << trial;
       }
     }
   }
