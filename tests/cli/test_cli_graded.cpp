@@ -85,10 +85,10 @@ TEST(GradedCreate, UnreachableRangeAppendsOnlyInRangePuzzlesAndSaysHowMany) {
   const std::string moderate = reasoning::RungName(reasoning::kSignBounds);
   const std::string tough = reasoning::RungName(reasoning::kSubsets);
   const test::CliRun run = Cli({"create", "--size", "3", "--grades", moderate + ":2," + tough + ":1", "--seed", "1",
-                                "--out", file, "--json"});
+                                "--tries", "400", "--out", file, "--json"});
   EXPECT_EQ(run.code, 1);
   const json reply = run.Json();
-  EXPECT_EQ(reply["error"], "Made 2 of 3 puzzles: no puzzle graded " + tough + " came in 4000 tries.\r\n" +
+  EXPECT_EQ(reply["error"], "Made 2 of 3 puzzles: no puzzle graded " + tough + " came in 400 tries.\r\n" +
                                 " 2 Puzzles added to file: " + file);
   EXPECT_EQ(reply["added"], 2);
   EXPECT_EQ(CountPuzzles(file), 2);
