@@ -303,7 +303,7 @@ class CreationDialogTest : public QObject {
     window_->findChild<QAction*>("mnunewpuzx")->trigger();
     QVERIFY2(messages_.isEmpty(), qPrintable(messages_.join("|")));
     QCOMPARE(window_->Model().GridSize, 5);
-    QVERIFY(QString::fromStdString(window_->Model().Comment).endsWith(" " + tough));
+    QVERIFY(QString::fromStdString(window_->Model().Comment).startsWith("Auto (" + tough + ") "));
     QVERIFY(window_->StatusLine().endsWith(", Grade= " + tough));
 
     // A rule that cannot meet the grade is named by "Create".
