@@ -1,6 +1,6 @@
 // The page in headless chromium, driven as a player would drive it.
 import assert from "node:assert/strict";
-import { copyFileSync, existsSync, mkdtempSync, readFileSync, readdirSync } from "node:fs";
+import { copyFileSync, existsSync, mkdtempSync, readFileSync, readdirSync, statSync } from "node:fs";
 import { createRequire } from "node:module";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -174,7 +174,14 @@ test("a collection opened from a file saves back as the desktop writes it", asyn
     await session.send("Browser.setDownloadBehavior", { behavior: "allow", downloadPath: into });
     await page.click("#save");
     const file = join(into, "sample.fut");
-    for (let i = 0; i < 100 && !existsSync(file); i++) await new Promise((r) => setTimeout(r, 100));
+    // The file can appear before its bytes do: wait until it has a size that holds still.
+    let last = -1;
+    for (let i = 0; i < 100; i++) {
+      await new Promise((r) => setTimeout(r, 100));
+      const size = existsSync(file) ? statSync(file).size : -1;
+      if (size > 0 && size === last) break;
+      last = size;
+    }
     assert.ok(existsSync(file), `downloaded: ${readdirSync(into)}`);
     return readFileSync(file);
   };
