@@ -74,15 +74,19 @@ bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
     std::array<unsigned, kMaxGridSize> cand{};
     int count = 0;
     int small = 0;  // cells with k digits or fewer: a subset takes k of them
+    bool fresh = false;  // one of them changed: a subset of unchanged cells struck nothing
     for (int i = 0; i < n; ++i) {
       const int c = line[static_cast<std::size_t>(i)];
       if (g.placed[static_cast<std::size_t>(c)]) continue;
       open[static_cast<std::size_t>(count)] = c;
       cand[static_cast<std::size_t>(count++)] = g.cand[static_cast<std::size_t>(c)];
-      small += masks::Count(g.cand[static_cast<std::size_t>(c)]) <= k ? 1 : 0;
+      if (masks::Count(g.cand[static_cast<std::size_t>(c)]) <= k) {
+        ++small;
+        fresh = fresh || scope.Cell(c);
+      }
     }
     // It strikes only from a cell outside it.
-    if (small < k || count <= k) return false;
+    if (small < k || count <= k || !fresh) return false;
     return ForEachSmallUnion(cand.data(), count, k, [&](unsigned set, unsigned together) {
       if (Ones(together) != k) return false;
       const auto digits = static_cast<DigitMask>(together);
@@ -125,13 +129,17 @@ bool HiddenSubset(const Grid& g, int k, Step& step, Memo& memo, const Scope& sco
     std::array<unsigned, kMaxGridSize> spots{};
     int digitCount = 0;
     int few = 0;  // digits with k places or fewer: a subset takes k of them
+    bool fresh = false;  // one of them lost places: a subset of the others struck nothing
     for (int d = 1; d <= n; ++d) {
       if ((placedDigits & masks::Bit(d)) != 0) continue;
       digits[static_cast<std::size_t>(digitCount)] = d;
       spots[static_cast<std::size_t>(digitCount++)] = where.at[li][static_cast<std::size_t>(d)];
-      few += Ones(where.at[li][static_cast<std::size_t>(d)]) <= k ? 1 : 0;
+      if (Ones(where.at[li][static_cast<std::size_t>(d)]) <= k) {
+        ++few;
+        fresh = fresh || (scope.DigitsIn(l) & masks::Bit(d)) != 0;
+      }
     }
-    if (few < k) return false;
+    if (few < k || !fresh) return false;
     return ForEachSmallUnion(spots.data(), digitCount, k, [&](unsigned set, unsigned cover) {
       if (Ones(cover) != k) return false;
       DigitMask chosen = 0;
@@ -167,14 +175,24 @@ bool HiddenSubset(const Grid& g, int k, Step& step, Memo& memo, const Scope& sco
 bool Fish(const Grid& g, int k, Step& step, Memo& memo, const Scope& scope) {
   const int n = g.n;
   if (scope.Empty()) return false;
+  // A new fish has a base line where its digit lost places.
+  DigitMask inRows = 0;
+  DigitMask inColumns = 0;
+  for (int l = 0; l < n; ++l) {
+    inRows |= scope.DigitsIn(l);
+    inColumns |= scope.DigitsIn(n + l);
+  }
+  if (((inRows | inColumns) & scope.digits & masks::Full(n)) == 0) return false;
   const Places& where = memo.PlacesFor(g);
   for (int d = 1; d <= n; ++d) {
     if (!scope.Digit(d)) continue;
     for (const bool byRows : {true, false}) {
+      if (((byRows ? inRows : inColumns) & masks::Bit(d)) == 0) continue;
       // For each base line (rows, or columns), the cross positions where d may go.
       std::array<int, kMaxGridSize> bases{};
       std::array<unsigned, kMaxGridSize> spots{};
       int count = 0;
+      bool fresh = false;  // d lost places in one of them: a fish of the others struck nothing
       for (int b = 0; b < n; ++b) {
         const auto l = static_cast<std::size_t>(byRows ? b : n + b);
         const unsigned spot = where.at[l][static_cast<std::size_t>(d)];
@@ -183,8 +201,10 @@ bool Fish(const Grid& g, int k, Step& step, Memo& memo, const Scope& scope) {
         if (!placed && places >= 2 && places <= k) {
           bases[static_cast<std::size_t>(count)] = b;
           spots[static_cast<std::size_t>(count++)] = spot;
+          fresh = fresh || (scope.DigitsIn(static_cast<int>(l)) & masks::Bit(d)) != 0;
         }
       }
+      if (!fresh) continue;
       const bool found = ForEachSmallUnion(spots.data(), count, k, [&](unsigned set, unsigned cover) {
         if (Ones(cover) != k) return false;
         unsigned chosen = 0;  // the base lines, as bits
