@@ -69,24 +69,30 @@ namespace {
 
 bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
   const int n = g.n;
-  return AnyLineInScope(n, scope, [&](int l, const Line& line) {
+  // A subset of unchanged cells struck nothing: a new one takes a changed open cell of k
+  // digits or fewer, and only the lines of those need a look.
+  Scope lines = scope;
+  lines.lines = 0;
+  scope.AnyCell(Cells(g), [&](int c) {
+    const auto ci = static_cast<std::size_t>(c);
+    if (!g.placed[ci] && masks::Count(g.cand[ci]) <= k) lines.lines |= 1u << (c / n) | 1u << (n + c % n);
+    return false;
+  });
+  lines.lines &= scope.lines;
+  return AnyLineInScope(n, lines, [&](int l, const Line& line) {
     std::array<int, kMaxGridSize> open{};
     std::array<unsigned, kMaxGridSize> cand{};
     int count = 0;
     int small = 0;  // cells with k digits or fewer: a subset takes k of them
-    bool fresh = false;  // one of them changed: a subset of unchanged cells struck nothing
     for (int i = 0; i < n; ++i) {
       const int c = line[static_cast<std::size_t>(i)];
       if (g.placed[static_cast<std::size_t>(c)]) continue;
       open[static_cast<std::size_t>(count)] = c;
       cand[static_cast<std::size_t>(count++)] = g.cand[static_cast<std::size_t>(c)];
-      if (masks::Count(g.cand[static_cast<std::size_t>(c)]) <= k) {
-        ++small;
-        fresh = fresh || scope.Cell(c);
-      }
+      small += masks::Count(g.cand[static_cast<std::size_t>(c)]) <= k ? 1 : 0;
     }
     // It strikes only from a cell outside it.
-    if (small < k || count <= k || !fresh) return false;
+    if (small < k || count <= k) return false;
     return ForEachSmallUnion(cand.data(), count, k, [&](unsigned set, unsigned together) {
       if (Ones(together) != k) return false;
       const auto digits = static_cast<DigitMask>(together);
