@@ -130,22 +130,24 @@ bool HiddenSubset(const Grid& g, int k, Step& step, Memo& memo, const Scope& sco
     const auto li = static_cast<std::size_t>(l);
     const DigitMask placedDigits = where.placed[li];
     if (where.open[li] <= k) return false;
+    // A subset of digits that kept their places struck nothing: a new one takes a digit
+    // that lost places here and has k or fewer left.
+    bool fresh = false;
+    masks::ForEachDigit(static_cast<DigitMask>(scope.DigitsIn(l) & masks::Full(n) & ~placedDigits),
+                        [&](int d) { fresh = fresh || Ones(where.at[li][static_cast<std::size_t>(d)]) <= k; });
+    if (!fresh) return false;
     // Where each open digit may go: never a placed cell, which holds a placed digit.
     std::array<int, kMaxGridSize> digits{};
     std::array<unsigned, kMaxGridSize> spots{};
     int digitCount = 0;
     int few = 0;  // digits with k places or fewer: a subset takes k of them
-    bool fresh = false;  // one of them lost places: a subset of the others struck nothing
     for (int d = 1; d <= n; ++d) {
       if ((placedDigits & masks::Bit(d)) != 0) continue;
       digits[static_cast<std::size_t>(digitCount)] = d;
       spots[static_cast<std::size_t>(digitCount++)] = where.at[li][static_cast<std::size_t>(d)];
-      if (Ones(where.at[li][static_cast<std::size_t>(d)]) <= k) {
-        ++few;
-        fresh = fresh || (scope.DigitsIn(l) & masks::Bit(d)) != 0;
-      }
+      few += Ones(where.at[li][static_cast<std::size_t>(d)]) <= k ? 1 : 0;
     }
-    if (few < k || !fresh) return false;
+    if (few < k) return false;
     return ForEachSmallUnion(spots.data(), digitCount, k, [&](unsigned set, unsigned cover) {
       if (Ones(cover) != k) return false;
       DigitMask chosen = 0;
