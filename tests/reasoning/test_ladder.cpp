@@ -440,16 +440,17 @@ bool BreaksUnderRungsOneToFive(const Grid& g, int c, int d) {
 // first, that rungs 1 to 5 break; the ladder skips most of that work by what it learnt
 // on the grid and on the grids before, and must still land on the same one.
 TEST(Ladder, DeepContradictionRefutesTheFirstAssumptionThatBreaks) {
+  // Puzzle 5 needs pairs and fish inside assumptions that held on the grids before.
   const std::string file = std::string(QUILLMERE_BENCH_DATA) + "hardest9x9.fut";
   int checked = 0;
-  for (int i = 1; i <= 40 && checked < 4; ++i) {
+  for (const int i : {1, 5}) {
     PuzzleModel m;
     ASSERT_FALSE(LoadPuzzle(m, file, i).notFound);
     ExplainOptions options;
     options.keepGrids = true;
     const Grid start = GridFromModel(m);
     const Explanation result = Explain(start, options);
-    for (std::size_t s = 0; s < result.steps.size() && checked < 4; ++s) {
+    for (std::size_t s = 0; s < result.steps.size(); ++s) {
       const Grid& before = s == 0 ? start : result.after[s - 1];
       Step quick;
       if (result.steps[s].level != kContradiction || TryTechnique(before, "Contradiction", quick)) continue;
@@ -471,7 +472,7 @@ TEST(Ladder, DeepContradictionRefutesTheFirstAssumptionThatBreaks) {
       EXPECT_EQ(result.steps[s].removed[0], first) << "puzzle " << i << " step " << s << ": " << result.steps[s].text;
     }
   }
-  EXPECT_EQ(checked, 4);
+  EXPECT_GT(checked, 4);
 }
 
 // Random puzzles made as hard as the search allows, every size: every step of every rung
