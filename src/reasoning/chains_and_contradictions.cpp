@@ -348,6 +348,13 @@ void Memo::Look(const Grid& g) {
   todo.All(g.n);
   baseHolds_ = Settle(*topology_, base_, basePlaced_, todo);
   quiet_ = Unknown;
+  held_.fill(0);
+}
+
+void Memo::Held(const Cand& end) {
+  for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) {
+    if (Single(end[x])) held_[x] |= end[x];
+  }
 }
 
 
@@ -372,6 +379,10 @@ const Cand* Memo::Quick(int c, int d) {
 
 // Whether c = d survives rungs 1 to 5 applied in turn, as PropagateDeep does.
 bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
+  // Another assumption's end on this grid holds c = d and broke nothing: a state rungs 1
+  // to 5 leave as it is, within the grid and c = d. Followed from c = d alone they strike
+  // only digits outside some such state, so they never reach a broken one.
+  if ((held_[static_cast<std::size_t>(c)] & masks::Bit(d)) != 0) return true;
   const Cand* quick = Quick(c, d);
   if (quick == nullptr) return false;
   Entry& e = At(c, d);
@@ -384,7 +395,10 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
     if (!e.deepHolds) return false;
     quiet = e.deep;
     const Renewed renewed = Renew(e.deep);
-    if (!renewed.holds || !renewed.changed) return e.deepHolds = renewed.holds;
+    if (!renewed.holds || !renewed.changed) {
+      if (renewed.holds) Held(e.deep);
+      return e.deepHolds = renewed.holds;
+    }
     for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) quietPlaced[x] = Single(quiet[x]);
   } else {
     e.deep = *quick;
@@ -401,6 +415,7 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
   for (int i = 0; i < budget; ++i) {
     if (IsSolved(trial) || !EasyStepSince(trial, step, *this, since)) {
       e.deep = trial.cand;
+      Held(e.deep);
       return e.deepHolds = true;
     }
     const Cand before = trial.cand;

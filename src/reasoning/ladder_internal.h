@@ -98,15 +98,25 @@ inline int Cells(const Grid& g) { return g.n * g.n; }
 // by cell, sign by sign or digit by digit, so on a grid where it found nothing it can
 // find something only where cells have changed since: only there does it look again.
 struct Scope {
+  using LineDigits = std::array<DigitMask, 2 * kMaxGridSize>;
+  static constexpr LineDigits EveryDigit() {
+    LineDigits all{};
+    for (DigitMask& m : all) m = static_cast<DigitMask>(~0u);
+    return all;
+  }
+
   std::array<std::uint64_t, 2> cells{~std::uint64_t{0}, ~std::uint64_t{0}};
   std::uint32_t lines = ~0u;
   DigitMask digits = static_cast<DigitMask>(~0u);
+  // The digits whose places changed in each line: a subset or fish new since the rung
+  // found nothing takes one of them.
+  LineDigits lineDigits = EveryDigit();
 
   // Where g differs from a grid on which rungs 1 to 5 found nothing.
   static Scope Changed(const Grid& g, const Grid& quiet) { return Changed(g, quiet.cand, quiet.placed); }
   static Scope Changed(const Grid& g, const std::array<DigitMask, kMaxCells>& quietCand,
                        const std::array<bool, kMaxCells>& quietPlaced) {
-    Scope scope{{}, 0, 0};
+    Scope scope{{}, 0, 0, {}};
     const int n = g.n;
     for (int r = 0, c = 0; r < n; ++r) {
       for (int k = 0; k < n; ++k, ++c) {
@@ -115,6 +125,11 @@ struct Scope {
         scope.cells[ci >> 6] |= std::uint64_t{1} << (ci & 63);
         scope.lines |= 1u << r | 1u << (n + k);
         scope.digits |= quietCand[ci] | g.cand[ci];
+        // A cell placed with its one digit changes that digit's places too.
+        const auto lost = static_cast<DigitMask>((quietCand[ci] ^ g.cand[ci]) |
+                                                 (g.placed[ci] != quietPlaced[ci] ? g.cand[ci] : 0));
+        scope.lineDigits[static_cast<std::size_t>(r)] |= lost;
+        scope.lineDigits[static_cast<std::size_t>(n + k)] |= lost;
       }
     }
     return scope;
@@ -124,12 +139,15 @@ struct Scope {
     cells[static_cast<std::size_t>(c >> 6)] |= std::uint64_t{1} << (c & 63);
     lines |= 1u << (c / n) | 1u << (n + c % n);
     digits |= changed;
+    lineDigits[static_cast<std::size_t>(c / n)] |= changed;
+    lineDigits[static_cast<std::size_t>(n + c % n)] |= changed;
   }
   void Add(const Scope& other) {
     cells[0] |= other.cells[0];
     cells[1] |= other.cells[1];
     lines |= other.lines;
     digits |= other.digits;
+    for (std::size_t l = 0; l < lineDigits.size(); ++l) lineDigits[l] |= other.lineDigits[l];
   }
   bool Cell(int c) const { return (cells[static_cast<std::size_t>(c >> 6)] >> (c & 63) & 1u) != 0; }
   // Calls f(c) for the cells below `count` in the scope, in order, until f says stop.
@@ -146,11 +164,12 @@ struct Scope {
   }
   bool Line(int l) const { return (lines >> l & 1u) != 0; }
   bool Digit(int d) const { return (digits & masks::Bit(d)) != 0; }
+  DigitMask DigitsIn(int l) const { return lineDigits[static_cast<std::size_t>(l)]; }
   bool Touches(const Sign& s) const { return Cell(s.greater) || Cell(s.smaller); }
   bool Empty() const { return lines == 0; }
 };
 inline constexpr Scope kWholeGrid{};
-inline constexpr Scope kNothing{{}, 0, 0};
+inline constexpr Scope kNothing{{}, 0, 0, {}};
 
 // What the cells of a line hold: the digits seen, seen in two cells or more, placed, and
 // placed in two cells.
@@ -314,6 +333,8 @@ class Memo {
 
   // Whether rungs 1 to 5 find nothing on the grid last looked at, g.
   bool Quiet(const Grid& g);
+  // `end`, where an assumption led on this grid, held: so do the digits it places.
+  void Held(const Cand& end);
   Renewed Renew(Cand& end) const;
 
   // Signs as bits of their indices into Grid::signs.
@@ -332,6 +353,7 @@ class Memo {
   Cand base_{};
   Placed basePlaced_{};
   bool baseHolds_ = false;
+  Cand held_{};  // digits placed in an end state that held on this grid
   enum { Unknown, Yes, No } quiet_ = Unknown;
   bool placesKnown_ = false;
   int placesN_ = 0;

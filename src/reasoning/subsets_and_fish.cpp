@@ -69,7 +69,17 @@ namespace {
 
 bool NakedSubset(const Grid& g, int k, Step& step, const Scope& scope) {
   const int n = g.n;
-  return AnyLineInScope(n, scope, [&](int l, const Line& line) {
+  // A subset of unchanged cells struck nothing: a new one takes a changed open cell of k
+  // digits or fewer, and only the lines of those need a look.
+  Scope lines = scope;
+  lines.lines = 0;
+  scope.AnyCell(Cells(g), [&](int c) {
+    const auto ci = static_cast<std::size_t>(c);
+    if (!g.placed[ci] && masks::Count(g.cand[ci]) <= k) lines.lines |= 1u << (c / n) | 1u << (n + c % n);
+    return false;
+  });
+  lines.lines &= scope.lines;
+  return AnyLineInScope(n, lines, [&](int l, const Line& line) {
     std::array<int, kMaxGridSize> open{};
     std::array<unsigned, kMaxGridSize> cand{};
     int count = 0;
@@ -120,6 +130,12 @@ bool HiddenSubset(const Grid& g, int k, Step& step, Memo& memo, const Scope& sco
     const auto li = static_cast<std::size_t>(l);
     const DigitMask placedDigits = where.placed[li];
     if (where.open[li] <= k) return false;
+    // A subset of digits that kept their places struck nothing: a new one takes a digit
+    // that lost places here and has k or fewer left.
+    bool fresh = false;
+    masks::ForEachDigit(static_cast<DigitMask>(scope.DigitsIn(l) & masks::Full(n) & ~placedDigits),
+                        [&](int d) { fresh = fresh || Ones(where.at[li][static_cast<std::size_t>(d)]) <= k; });
+    if (!fresh) return false;
     // Where each open digit may go: never a placed cell, which holds a placed digit.
     std::array<int, kMaxGridSize> digits{};
     std::array<unsigned, kMaxGridSize> spots{};
@@ -167,14 +183,24 @@ bool HiddenSubset(const Grid& g, int k, Step& step, Memo& memo, const Scope& sco
 bool Fish(const Grid& g, int k, Step& step, Memo& memo, const Scope& scope) {
   const int n = g.n;
   if (scope.Empty()) return false;
+  // A new fish has a base line where its digit lost places.
+  DigitMask inRows = 0;
+  DigitMask inColumns = 0;
+  for (int l = 0; l < n; ++l) {
+    inRows |= scope.DigitsIn(l);
+    inColumns |= scope.DigitsIn(n + l);
+  }
+  if (((inRows | inColumns) & scope.digits & masks::Full(n)) == 0) return false;
   const Places& where = memo.PlacesFor(g);
   for (int d = 1; d <= n; ++d) {
     if (!scope.Digit(d)) continue;
     for (const bool byRows : {true, false}) {
+      if (((byRows ? inRows : inColumns) & masks::Bit(d)) == 0) continue;
       // For each base line (rows, or columns), the cross positions where d may go.
       std::array<int, kMaxGridSize> bases{};
       std::array<unsigned, kMaxGridSize> spots{};
       int count = 0;
+      bool fresh = false;  // d lost places in one of them: a fish of the others struck nothing
       for (int b = 0; b < n; ++b) {
         const auto l = static_cast<std::size_t>(byRows ? b : n + b);
         const unsigned spot = where.at[l][static_cast<std::size_t>(d)];
@@ -183,8 +209,10 @@ bool Fish(const Grid& g, int k, Step& step, Memo& memo, const Scope& scope) {
         if (!placed && places >= 2 && places <= k) {
           bases[static_cast<std::size_t>(count)] = b;
           spots[static_cast<std::size_t>(count++)] = spot;
+          fresh = fresh || (scope.DigitsIn(static_cast<int>(l)) & masks::Bit(d)) != 0;
         }
       }
+      if (!fresh) continue;
       const bool found = ForEachSmallUnion(spots.data(), count, k, [&](unsigned set, unsigned cover) {
         if (Ones(cover) != k) return false;
         unsigned chosen = 0;  // the base lines, as bits

@@ -416,6 +416,65 @@ TEST(Ladder, MasterStepsAreTheSameAfresh) {
   EXPECT_GT(masters, 0);
 }
 
+// Whether c = d breaks the grid under rungs 1 to 5, each looked for afresh on the whole
+// grid: none of the memory the ladder keeps between assumptions and steps.
+bool BreaksUnderRungsOneToFive(const Grid& g, int c, int d) {
+  static const char* const kRungs[] = {"Naked single", "Hidden single", "Sign beside a digit", "Sign chain",
+                                       "Sign bounds",  "Naked pair",    "Hidden pair",         "Naked triple",
+                                       "Hidden triple", "Naked quad",   "Hidden quad",         "X-wing",
+                                       "Swordfish"};
+  Grid trial = g;
+  trial.cand[static_cast<std::size_t>(c)] = masks::Bit(d);
+  for (;;) {
+    if (IsBroken(trial)) return true;
+    if (IsSolved(trial)) return false;
+    Step step;
+    const auto found = std::find_if(std::begin(kRungs), std::end(kRungs),
+                                    [&](const char* rung) { return TryTechnique(trial, rung, step); });
+    if (found == std::end(kRungs)) return false;
+    Apply(trial, step);
+  }
+}
+
+// The deep contradiction refutes the first assumption, cells with fewest candidates
+// first, that rungs 1 to 5 break; the ladder skips most of that work by what it learnt
+// on the grid and on the grids before, and must still land on the same one.
+TEST(Ladder, DeepContradictionRefutesTheFirstAssumptionThatBreaks) {
+  // Puzzle 5 needs pairs and fish inside assumptions that held on the grids before.
+  const std::string file = std::string(QUILLMERE_BENCH_DATA) + "hardest9x9.fut";
+  int checked = 0;
+  for (const int i : {1, 5}) {
+    PuzzleModel m;
+    ASSERT_FALSE(LoadPuzzle(m, file, i).notFound);
+    ExplainOptions options;
+    options.keepGrids = true;
+    const Grid start = GridFromModel(m);
+    const Explanation result = Explain(start, options);
+    for (std::size_t s = 0; s < result.steps.size(); ++s) {
+      const Grid& before = s == 0 ? start : result.after[s - 1];
+      Step quick;
+      if (result.steps[s].level != kContradiction || TryTechnique(before, "Contradiction", quick)) continue;
+      ++checked;
+      std::vector<int> order;
+      for (int c = 0; c < before.n * before.n; ++c) {
+        if (!before.placed[static_cast<std::size_t>(c)]) order.push_back(c);
+      }
+      std::stable_sort(order.begin(), order.end(), [&](int x, int y) {
+        return masks::Count(before.cand[static_cast<std::size_t>(x)]) < masks::Count(before.cand[static_cast<std::size_t>(y)]);
+      });
+      std::pair<int, DigitMask> first{-1, 0};
+      for (std::size_t k = 0; k < order.size() && first.first < 0; ++k) {
+        masks::ForEachDigit(before.cand[static_cast<std::size_t>(order[k])], [&](int d) {
+          if (first.first < 0 && BreaksUnderRungsOneToFive(before, order[k], d)) first = {order[k], masks::Bit(d)};
+        });
+      }
+      ASSERT_EQ(result.steps[s].removed.size(), 1u) << "puzzle " << i << " step " << s;
+      EXPECT_EQ(result.steps[s].removed[0], first) << "puzzle " << i << " step " << s << ": " << result.steps[s].text;
+    }
+  }
+  EXPECT_GT(checked, 4);
+}
+
 // Random puzzles made as hard as the search allows, every size: every step of every rung
 // keeps the true solution, and the ladder finishes them all.
 TEST(Ladder, StrippedPuzzlesKeepTheTrueSolution) {
