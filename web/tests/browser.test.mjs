@@ -152,7 +152,8 @@ test("New puzzle makes one of the chosen size and grade in a worker", async () =
 
   // The engine of the desktop grades the new puzzle the same.
   await page.click("#share");
-  const code = /#p=(\S+)/.exec(await status(page))[1];
+  // The link is shown once the clipboard has taken it, a moment after the click.
+  const code = /#p=(\S+)/.exec(await waitForStatus(page, /#p=\S+/))[1];
   const file = join(mkdtempSync(join(tmpdir(), "qm-web-")), "new.fut");
   runCli("open", code, "-o", file);
   assert.equal(runCli("explain", file).grade.name, "Moderate");
