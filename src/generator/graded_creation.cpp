@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <bitset>
 #include <random>
 #include <tuple>
@@ -389,18 +390,27 @@ class Maker {
   bool FloorApplies() const { return options_.maxGrade < reasoning::kSubsets; }
   bool MinimalApplies(int grade) const { return options_.minimal && grade >= reasoning::kSubsets; }
 
-  bool Try(GradedResult& result) {
+  // A try's start: a random solution with every given the reduction may take away, or
+  // nothing when the clue rule cannot be met on it.
+  std::optional<Givens> Start() {
     const int n = options_.size;
     std::array<int, kCells> solution = RandomSquare(n, draws_);
     Givens givens(n, solution);
-    const bool freeClues = !FixesClues(options_.clues);
-    if (freeClues) {
+    if (!FixesClues(options_.clues)) {
       // Everything given: the reduction decides what stays.
       for (int item = 0; item < 3 * n * n; ++item) givens.Set(item, givens.Exists(item));
-    } else {
-      if (!PlaceFixedClues(givens, solution, options_, draws_)) return false;
-      if (!givens.Unique()) return false;
+    } else if (!PlaceFixedClues(givens, solution, options_, draws_) || !givens.Unique()) {
+      return std::nullopt;
     }
+    return givens;
+  }
+
+  bool Try(GradedResult& result) {
+    const int n = options_.size;
+    std::optional<Givens> started = Start();
+    if (!started) return false;
+    Givens givens = *started;
+    const bool freeClues = !FixesClues(options_.clues);
     const int slots = 2 * n * (n - 1);
     const int floor = FloorApplies() ? (slots * options_.minSignsPercent + 99) / 100 : 0;
 
@@ -492,15 +502,10 @@ class Maker {
   // number of such changes without landing, the try ends and the next starts afresh.
   bool Walk(GradedResult& result) {
     const int n = options_.size;
-    std::array<int, kCells> solution = RandomSquare(n, draws_);
-    Givens givens(n, solution);
+    std::optional<Givens> started = Start();
+    if (!started) return false;
+    Givens givens = *started;
     const bool freeClues = !FixesClues(options_.clues);
-    if (freeClues) {
-      for (int item = 0; item < 3 * n * n; ++item) givens.Set(item, givens.Exists(item));
-    } else {
-      if (!PlaceFixedClues(givens, solution, options_, draws_)) return false;
-      if (!givens.Unique()) return false;
-    }
     std::vector<std::vector<int>> orbits = Orbits(givens, options_.symmetry, freeClues, true);
     draws_.Shuffle(orbits);
     Refutations refutations;

@@ -267,28 +267,21 @@ namespace {
 // How many solutions the grid has, 0, 1 or 2 meaning more, by the exact search; the first
 // is written to `first`.
 int FindSolutions(const Grid& g, Cand& first) {
-  const int n = g.n;
-  PuzzleModel model;
-  SetSize(model, n);
-  for (int c = 0; c < n * n; ++c) {
-    std::string& text = model.PosText[CellPosition(model, c / n + 1, c % n + 1)];
-    masks::ForEachDigit(g.cand[static_cast<std::size_t>(c)], [&](int d) { text += static_cast<char>('0' + d); });
-    if (text.empty()) return 0;
+  const auto cells = static_cast<std::size_t>(g.n * g.n);
+  if (std::find(g.cand.begin(), g.cand.begin() + static_cast<std::ptrdiff_t>(cells), DigitMask{0}) !=
+      g.cand.begin() + static_cast<std::ptrdiff_t>(cells)) {
+    return 0;
   }
-  for (const Sign& s : g.SignList()) {
-    // The slot between the two cells; "<" and "^" when the second (right, lower) is greater.
-    const int before = std::min(s.greater, s.smaller);
-    const int after = std::max(s.greater, s.smaller);
-    const bool across = after == before + 1;
-    const auto row = static_cast<std::size_t>(2 * (before / n) + 1 + (across ? 0 : 1));
-    const auto column = static_cast<std::size_t>(2 * (before % n) + 1 + (across ? 1 : 0));
-    model.PosText[model.PositionOf[row][column]] = s.greater == after ? (across ? "<" : "^") : (across ? ">" : "v");
+  std::array<std::pair<int, int>, std::tuple_size_v<decltype(Grid::signs)>> signs{};
+  for (int i = 0; i < g.signCount; ++i) {
+    signs[static_cast<std::size_t>(i)] = {g.signs[static_cast<std::size_t>(i)].greater, g.signs[static_cast<std::size_t>(i)].smaller};
   }
-  const SolutionCount found = CountSolutions(model, 2);
-  for (int c = 0; found.count > 0 && c < n * n; ++c) {
-    const std::string& digit = found.first[static_cast<std::size_t>(CellPosition(model, c / n + 1, c % n + 1))];
-    first[static_cast<std::size_t>(c)] = masks::Bit(digit[0] - '0');
-  }
+  SearchOptions options;
+  options.limit = 2;
+  const SolutionCount found =
+      CountSolutions(g.n, std::span<const DigitMask>(g.cand.data(), cells),
+                     std::span<const std::pair<int, int>>(signs.data(), static_cast<std::size_t>(g.signCount)), options,
+                     std::span<DigitMask>(first.data(), cells));
   return std::min(found.count, 2);
 }
 

@@ -35,6 +35,18 @@ struct Case {
   int grade;
   GradedClueRule clues;
   GradedSymmetry symmetry;
+
+  GradedOptions Options() const {
+    GradedOptions options;
+    options.size = n;
+    options.minGrade = options.maxGrade = grade;
+    options.clues = clues;
+    options.symmetry = symmetry;
+    return options;
+  }
+  std::string Label(std::size_t i) const {
+    return std::to_string(n) + "x" + std::to_string(n) + " " + reasoning::RungName(grade) + " case " + std::to_string(i);
+  }
 };
 
 TEST(GradedCreation, EveryPuzzleIsUniqueInRangeMinimalOrSignedAndKeepsItsRule) {
@@ -60,14 +72,9 @@ TEST(GradedCreation, EveryPuzzleIsUniqueInRangeMinimalOrSignedAndKeepsItsRule) {
   int made = 0;
   for (std::size_t i = 0; i < cases.size(); ++i) {
     const Case& c = cases[i];
-    GradedOptions options;
-    options.size = c.n;
-    options.minGrade = options.maxGrade = c.grade;
-    options.clues = c.clues;
-    options.symmetry = c.symmetry;
+    GradedOptions options = c.Options();
     options.maxTries = 300;
-    const std::string label = std::to_string(c.n) + "x" + std::to_string(c.n) + " " + reasoning::RungName(c.grade) +
-                              " case " + std::to_string(i);
+    const std::string label = c.Label(i);
     const GradedResult result = CreateGraded(options, 1000 + i);
     if (!result.made) {
       // Some middle grades are rare on small grids; the reason must say so.
@@ -166,13 +173,8 @@ TEST(GradedCreation, ChangedNearMissesStayMinimalTrueToTheirRulesAndRepeatable) 
   };
   for (std::size_t i = 0; i < cases.size(); ++i) {
     const Case& c = cases[i];
-    GradedOptions options;
-    options.size = c.n;
-    options.minGrade = options.maxGrade = c.grade;
-    options.clues = c.clues;
-    options.symmetry = c.symmetry;
-    const std::string label = std::to_string(c.n) + "x" + std::to_string(c.n) + " " + reasoning::RungName(c.grade) +
-                              " case " + std::to_string(i);
+    const GradedOptions options = c.Options();
+    const std::string label = c.Label(i);
     const GradedResult result = CreateGraded(options, 40 + i);
     ASSERT_TRUE(result.made) << label << ": " << result.reason;
     const GradedPuzzle& p = result.puzzle;
