@@ -400,7 +400,9 @@ void RegisterBookCommands(CLI::App& app, CommandList& commands, bool& json) {
   command->add_option("--answers-per-page", book->answersPerPage, "Answers a page, 1 to 20 (default 12)")
       ->check(CLI::Range(1, 20));
   command->add_flag("--no-answers", book->noAnswers, "Leave out the answer key");
-  command->add_option("--title", book->title, "The book's title (default the file's name)");
+  command->add_option("--title", book->title,
+                      "The title printed on the first page (default \"Inequality Puzzles\"; the PDF's properties "
+                      "then name the file)");
   command->add_option("--page", book->page, "a4, letter, a5, 6x9in, 8.5x11in, a3 or legal (default a4)")
       ->check(CLI::IsMember(PaperNames()));
   command->add_flag("--landscape", book->landscape, "Landscape pages");
