@@ -295,6 +295,12 @@ class Memo {
   // the same grid one after the other.
   const Places& PlacesFor(const Grid& g);
 
+  // Of the lines given, those where no naked or hidden subset of any size strikes a digit
+  // on g; of the digits given, those no fish of any size strikes. Most lines the subset
+  // and fish rungs look at hold nothing, and this tells so for far less than a search.
+  std::uint32_t SubsetFreeLines(const Grid& g, std::uint32_t lines);
+  DigitMask FishFreeDigits(const Grid& g, DigitMask digits);
+
   // Calls f(sign) for the signs at a cell of the scope, in the grid's order, until f says
   // stop: after a step only the few signs beside a changed cell need a look.
   template <class F>
@@ -351,7 +357,6 @@ class Memo {
   Cand last_{};
   Placed lastPlaced_{};
   Cand base_{};
-  Placed basePlaced_{};
   bool baseHolds_ = false;
   Cand held_{};  // digits placed in an end state that held on this grid
   enum { Unknown, Yes, No } quiet_ = Unknown;
@@ -360,6 +365,23 @@ class Memo {
   Places places_;
   Cand placesCand_{};
   Placed placesPlaced_{};
+  // What SubsetFreeLines and FishFreeDigits found on the grid freeCand_, freePlaced_.
+  void FreeFor(const Grid& g);
+  // EveryPairMatched, remembered by what it was given: the trials of the contradiction
+  // rungs meet the same lines again and again.
+  bool Matched(const unsigned* masks, int m);
+  struct MatchedEntry {
+    std::uint64_t low = 0;
+    std::uint64_t high = 0;  // 0: empty; bit 63: the answer
+  };
+  std::unique_ptr<std::array<MatchedEntry, 1024>> matched_;
+  Cand freeCand_{};
+  Placed freePlaced_{};
+  int freeN_ = 0;
+  std::uint32_t linesKnown_ = 0;
+  std::uint32_t linesFree_ = 0;
+  DigitMask digitsKnown_ = 0;
+  DigitMask digitsFree_ = 0;
   std::array<std::uint8_t, kMaxCells*(kMaxGridSize + 1)> stalled_{};  // bit 0: without deep, 1: with
   bool tells_ = true;
   const Memo* parent_ = nullptr;  // the memory of the grid the assumptions are made on
@@ -384,11 +406,11 @@ bool SignBesideDigit(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 bool SignChain(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 bool SignBounds(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 // subsets_and_fish.cpp
-bool NakedPair(const Grid& g, Step& s, const Scope& scope);
+bool NakedPair(const Grid& g, Step& s, Memo& memo, const Scope& scope);
 bool HiddenPair(const Grid& g, Step& s, Memo& memo, const Scope& scope);
-bool NakedTriple(const Grid& g, Step& s, const Scope& scope);
+bool NakedTriple(const Grid& g, Step& s, Memo& memo, const Scope& scope);
 bool HiddenTriple(const Grid& g, Step& s, Memo& memo, const Scope& scope);
-bool NakedQuad(const Grid& g, Step& s, const Scope& scope);
+bool NakedQuad(const Grid& g, Step& s, Memo& memo, const Scope& scope);
 bool HiddenQuad(const Grid& g, Step& s, Memo& memo, const Scope& scope);
 bool XWing(const Grid& g, Step& s, Memo& memo, const Scope& scope);
 bool Swordfish(const Grid& g, Step& s, Memo& memo, const Scope& scope);

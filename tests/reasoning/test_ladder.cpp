@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <numeric>
 #include <random>
 
@@ -185,6 +186,150 @@ TEST(Ladder, FishTakeADigitFromCrossingLines) {
   EXPECT_FALSE(TryTechnique(grid, "Swordfish", step));
 }
 
+
+// Whether some subset (naked or hidden, k cells or digits of a line) or fish (k lines of
+// one digit) strikes a digit on g, by trying every choice of k: the rungs' own definitions,
+// with none of the shortcuts the ladder takes to rule lines out.
+bool SomeSubsetStrikes(const Grid& g, int k, bool hidden) {
+  const int n = g.n;
+  for (int l = 0; l < 2 * n; ++l) {
+    std::vector<int> cells;
+    std::vector<int> open;
+    DigitMask placed = 0;
+    for (int i = 0; i < n; ++i) {
+      const int c = l < n ? l * n + i : i * n + (l - n);
+      cells.push_back(c);
+      if (g.placed[static_cast<std::size_t>(c)]) {
+        placed |= g.cand[static_cast<std::size_t>(c)];
+      } else {
+        open.push_back(c);
+      }
+    }
+    if (static_cast<int>(open.size()) <= k) continue;
+    // Items: open cells (naked) or unplaced digits (hidden), each with what it covers.
+    std::vector<unsigned> items;
+    std::vector<unsigned> keys;
+    if (hidden) {
+      for (int d = 1; d <= n; ++d) {
+        if ((placed & masks::Bit(d)) != 0) continue;
+        unsigned at = 0;
+        for (int i = 0; i < n; ++i) at |= (g.cand[static_cast<std::size_t>(cells[static_cast<std::size_t>(i)])] & masks::Bit(d)) != 0 ? 1u << i : 0u;
+        items.push_back(at);
+        keys.push_back(masks::Bit(d));
+      }
+    } else {
+      for (const int c : open) items.push_back(g.cand[static_cast<std::size_t>(c)]);
+    }
+    for (unsigned set = 0; set < 1u << items.size(); ++set) {
+      if (std::popcount(set) != k) continue;
+      unsigned cover = 0;
+      DigitMask chosen = 0;
+      for (std::size_t i = 0; i < items.size(); ++i) {
+        if ((set >> i & 1u) == 0) continue;
+        cover |= items[i];
+        if (hidden) chosen |= static_cast<DigitMask>(keys[i]);
+      }
+      if (std::popcount(cover) != k) continue;
+      for (std::size_t i = 0; i < (hidden ? cells.size() : open.size()); ++i) {
+        const DigitMask m = g.cand[static_cast<std::size_t>(hidden ? cells[i] : open[i])];
+        if (hidden ? (cover >> i & 1u) != 0 && (m & ~chosen) != 0 : (set >> i & 1u) == 0 && (m & cover) != 0) return true;
+      }
+    }
+  }
+  return false;
+}
+
+bool SomeFishStrikes(const Grid& g, int k) {
+  const int n = g.n;
+  for (int d = 1; d <= n; ++d) {
+    for (const bool byRows : {true, false}) {
+      auto cell = [&](int b, int i) { return static_cast<std::size_t>(byRows ? b * n + i : i * n + b); };
+      std::vector<unsigned> spots(static_cast<std::size_t>(n));
+      std::vector<bool> base(static_cast<std::size_t>(n));
+      for (int b = 0; b < n; ++b) {
+        bool placedHere = false;
+        for (int i = 0; i < n; ++i) {
+          if ((g.cand[cell(b, i)] & masks::Bit(d)) != 0) spots[static_cast<std::size_t>(b)] |= 1u << i;
+          placedHere = placedHere || (g.placed[cell(b, i)] && g.cand[cell(b, i)] == masks::Bit(d));
+        }
+        const int places = std::popcount(spots[static_cast<std::size_t>(b)]);
+        base[static_cast<std::size_t>(b)] = !placedHere && places >= 2 && places <= k;
+      }
+      for (unsigned set = 0; set < 1u << n; ++set) {
+        if (std::popcount(set) != k) continue;
+        unsigned cover = 0;
+        bool ok = true;
+        for (int b = 0; b < n; ++b) {
+          if ((set >> b & 1u) == 0) continue;
+          ok = ok && base[static_cast<std::size_t>(b)];
+          cover |= spots[static_cast<std::size_t>(b)];
+        }
+        if (!ok || std::popcount(cover) != k) continue;
+        for (int b = 0; b < n; ++b) {
+          for (int i = 0; i < n; ++i) {
+            if ((set >> b & 1u) == 0 && (cover >> i & 1u) != 0 && !g.placed[cell(b, i)] &&
+                (g.cand[cell(b, i)] & masks::Bit(d)) != 0) {
+              return true;
+            }
+          }
+        }
+      }
+    }
+  }
+  return false;
+}
+
+// Random grids of candidates around a square, some cells placed, most grids with the
+// placed digits cleared from their lines: every subset and fish rung finds a step exactly
+// where trying every choice finds one. The rungs pass lines over when they can tell at
+// once that nothing there strikes; this holds them to what they would find by looking.
+TEST(Ladder, SubsetsAndFishAreFoundWhereverTheyStrike) {
+  std::mt19937 random(7);
+  std::uniform_real_distribution<double> unit(0, 1);
+  std::array<int, 8> found{};
+  for (int round = 0; round < 1500; ++round) {
+    const int n = 4 + round % 6;
+    const std::vector<int> square = test::RandomSquare(n, random);
+    const double extra = 0.15 + 0.5 * unit(random);
+    const double placedShare = 0.3 * unit(random);
+    const bool settled = unit(random) < 0.85;
+    Grid g;
+    g.n = n;
+    for (int c = 0; c < n * n; ++c) {
+      const auto ci = static_cast<std::size_t>(c);
+      g.cand[ci] = masks::Bit(square[ci]);
+      g.placed[ci] = unit(random) < placedShare;
+      if (g.placed[ci]) continue;
+      for (int d = 1; d <= n; ++d) g.cand[ci] |= unit(random) < extra ? masks::Bit(d) : DigitMask{0};
+    }
+    for (int c = 0; c < n * n && settled; ++c) {
+      if (!g.placed[static_cast<std::size_t>(c)]) continue;
+      for (int i = 0; i < n; ++i) {
+        for (const int peer : {c / n * n + i, i * n + c % n}) {
+          if (peer != c && !g.placed[static_cast<std::size_t>(peer)]) {
+            g.cand[static_cast<std::size_t>(peer)] &= static_cast<DigitMask>(~g.cand[static_cast<std::size_t>(c)]);
+          }
+        }
+      }
+    }
+    const std::pair<const char*, bool> rungs[] = {
+        {"Naked pair", SomeSubsetStrikes(g, 2, false)},  {"Hidden pair", SomeSubsetStrikes(g, 2, true)},
+        {"Naked triple", SomeSubsetStrikes(g, 3, false)}, {"Hidden triple", SomeSubsetStrikes(g, 3, true)},
+        {"Naked quad", SomeSubsetStrikes(g, 4, false)},  {"Hidden quad", SomeSubsetStrikes(g, 4, true)},
+        {"X-wing", SomeFishStrikes(g, 2)},               {"Swordfish", SomeFishStrikes(g, 3)}};
+    for (std::size_t r = 0; r < std::size(rungs); ++r) {
+      Step step;
+      ASSERT_EQ(TryTechnique(g, rungs[r].first, step), rungs[r].second)
+          << rungs[r].first << ", round " << round << ", size " << n << (settled ? "" : ", not settled");
+      found[r] += rungs[r].second ? 1 : 0;
+    }
+  }
+  // Each rung had steps to find, and grids where it had none.
+  for (const int count : found) {
+    EXPECT_GT(count, 20);
+    EXPECT_LT(count, 1480);
+  }
+}
 
 // A unique puzzle of random clues and signs read off a random square, or nothing.
 bool RandomUniquePuzzle(std::mt19937& random, int n, PuzzleModel& m, std::vector<int>& square) {
