@@ -200,24 +200,26 @@ bool Settle(const Topology& t, Cand& cand, Pending& todo) {
       if (todo.lines == 0) return true;
       const auto l = static_cast<std::size_t>(std::countr_zero(todo.lines));
       todo.lines &= todo.lines - 1;
-      const Line& cells = t.lines[l];
+      // A row's cells are 1 apart, a column's n.
+      const auto first = static_cast<std::size_t>(l < static_cast<std::size_t>(n) ? l * static_cast<std::size_t>(n) : l - static_cast<std::size_t>(n));
+      const std::size_t step = l < static_cast<std::size_t>(n) ? 1 : static_cast<std::size_t>(n);
       DigitMask seen = 0;
       DigitMask twice = 0;
       DigitMask fixed = 0;
-      for (int i = 0; i < n; ++i) {
-        const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
-        twice |= seen & cand[c];
-        seen |= cand[c];
-        if (Single(cand[c])) {
-          if ((fixed & cand[c]) != 0) return false;
-          fixed |= cand[c];
+      DigitMask clash = 0;
+      for (std::size_t i = 0, c = first; i < static_cast<std::size_t>(n); ++i, c += step) {
+        const DigitMask m = cand[c];
+        twice |= seen & m;
+        seen |= m;
+        if (Single(m)) {
+          clash |= fixed & m;
+          fixed |= m;
         }
       }
-      if (seen != full) return false;
+      if (seen != full || clash != 0) return false;
       const DigitMask single = static_cast<DigitMask>(seen & ~twice & ~fixed);
       if (single == 0) continue;
-      for (int i = 0; i < n; ++i) {
-        const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
+      for (std::size_t i = 0, c = first; i < static_cast<std::size_t>(n); ++i, c += step) {
         const DigitMask here = cand[c] & single;
         if (here == 0) continue;
         if (!Single(here)) return false;
@@ -407,6 +409,7 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
   since.fill(scoped ? Scope::Changed(trial, quiet, quietPlaced) : kWholeGrid);
   Step step;
   for (int i = 0; i < budget; ++i) {
+    SkipSettledRungs(since);  // the trial is settled
     if (IsSolved(trial) || !EasyStepSince(trial, step, *this, since)) {
       e.deep = trial.cand;
       Held(e.deep);

@@ -78,6 +78,12 @@ bool internal::EasyStepSince(const Grid& g, Step& step, Memo& memo, std::array<S
   return false;
 }
 
+void internal::SkipSettledRungs(std::array<Scope, kBelowChains>& since) {
+  static_assert(kLadder[0].name == "Naked single" && kLadder[1].name == "Hidden single" &&
+                kLadder[2].name == "Sign beside a digit" && kLadder[4].name == "Sign bounds");
+  for (const std::size_t t : {0u, 1u, 2u, 4u}) since[t] = kNothing;
+}
+
 namespace {
 
 bool NextStep(const Grid& grid, Step& step, Memo& memo, std::size_t techniques = std::size(kLadder)) {

@@ -367,9 +367,9 @@ class Memo {
   Placed placesPlaced_{};
   // What SubsetFreeLines and FishFreeDigits found on the grid freeCand_, freePlaced_.
   void FreeFor(const Grid& g);
-  // EveryPairMatched, remembered by what it was given: the trials of the contradiction
-  // rungs meet the same lines again and again.
-  bool Matched(const unsigned* masks, int m);
+  // Whether KeepMatched keeps every candidate of the line, remembered by the line: the
+  // trials of the contradiction rungs meet the same lines again and again.
+  bool Matched(const std::array<DigitMask, kMaxGridSize>& masks, int n);
   struct MatchedEntry {
     std::uint64_t low = 0;
     std::uint64_t high = 0;  // 0: empty; bit 63: the answer
@@ -425,6 +425,9 @@ bool EasyStep(const Grid& g, Step& step, Memo& memo, const Scope& scope);
 // The same, each rung within its own scope: where the grid changed since that rung last
 // found nothing. The scopes of the rungs that find nothing are emptied.
 bool EasyStepSince(const Grid& g, Step& step, Memo& memo, std::array<Scope, kBelowChains>& since);
+// Singles, hidden singles and a sign's bound on its neighbour are what settling does: on
+// a settled grid those rungs find nothing, and their scopes are emptied.
+void SkipSettledRungs(std::array<Scope, kBelowChains>& since);
 // The first step of rungs 1 to 7: the ladder as it is followed inside an assumption.
 // Without `deep`, rungs 1 to 5 and the quick contradiction only.
 bool StepBelowMaster(const Grid& g, Step& step, Memo& memo, bool deep);

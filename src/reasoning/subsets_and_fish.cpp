@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "reasoning/ladder_internal.h"
+#include "solver/line_matching.h"
 
 namespace qm::reasoning::internal {
 
@@ -37,100 +38,26 @@ bool ForEachSmallUnion(const unsigned* items, int count, int k, F&& f) {
 
 constexpr const char* kSubsetNames[] = {"", "", "pair", "triple", "quad"};
 
-// Items (a line's open cells, or the lines a digit is not placed in) each with the values
-// they may take (digits, or places across): whether every item's every value lies in some
-// way of giving each item its own value. A naked subset of k items holding k values
-// between them, or a hidden one of k values found only in k items, strikes exactly the
-// pairs no such way uses; a fish is a subset of lines of one digit. So when there is no
-// such pair, no subset or fish of any size strikes anything. Not square, or no way at all
-// (a grid about to break): false, and the techniques look for themselves.
-bool EveryPairMatched(const unsigned* masks, int m) {
-  unsigned values = 0;
-  for (int i = 0; i < m; ++i) values |= masks[i];
-  if (Ones(values) != m) return false;
-  // A perfect matching by augmenting paths: at most 9 items, bit sets for visited values.
-  std::array<int, 32> owner{};  // the item holding each value, or -1
-  owner.fill(-1);
-  std::array<int, kMaxGridSize> value{};  // the value each item holds
-  auto augment = [&](auto& self, int i, unsigned& seen) -> bool {
-    for (unsigned free = masks[i] & ~seen; free != 0; free &= free - 1) {
-      const int v = std::countr_zero(free);
-      seen |= 1u << v;
-      const int holder = owner[static_cast<std::size_t>(v)];
-      if (holder < 0 || self(self, holder, seen)) {
-        owner[static_cast<std::size_t>(v)] = i;
-        value[static_cast<std::size_t>(i)] = v;
-        return true;
-      }
-    }
-    return false;
-  };
-  unsigned taken = 0;
-  for (int i = 0; i < m; ++i) {
-    // Most items find a free value at once.
-    const unsigned open = masks[i] & ~taken;
-    if (open != 0) {
-      const int v = std::countr_zero(open);
-      owner[static_cast<std::size_t>(v)] = i;
-      value[static_cast<std::size_t>(i)] = v;
-      taken |= 1u << v;
-      continue;
-    }
-    unsigned seen = 0;
-    if (!augment(augment, i, seen)) return false;
-    taken = 0;
-    for (int j = 0; j <= i; ++j) taken |= 1u << value[static_cast<std::size_t>(j)];
-  }
-  // Item i may take item j's value: j must then move. A pair lies in some matching exactly
-  // when that step lies on a cycle: when every item reachable from one leads back to it.
-  std::array<unsigned, kMaxGridSize> next{};
-  std::array<unsigned, kMaxGridSize> back{};
-  for (int i = 0; i < m; ++i) {
-    const unsigned others = masks[i] & ~(1u << value[static_cast<std::size_t>(i)]);
-    for (unsigned bits = others; bits != 0; bits &= bits - 1) {
-      const int j = owner[static_cast<std::size_t>(std::countr_zero(bits))];
-      next[static_cast<std::size_t>(i)] |= 1u << j;
-      back[static_cast<std::size_t>(j)] |= 1u << i;
-    }
-  }
-  auto closure = [](const std::array<unsigned, kMaxGridSize>& step, unsigned from, unsigned within) {
-    unsigned all = from;
-    for (unsigned frontier = from; frontier != 0;) {
-      unsigned reached = 0;
-      for (; frontier != 0; frontier &= frontier - 1) reached |= step[static_cast<std::size_t>(std::countr_zero(frontier))];
-      frontier = reached & within & ~all;
-      all |= frontier;
-    }
-    return all;
-  };
-  const unsigned everyone = (1u << m) - 1u;
-  for (unsigned left = everyone; left != 0;) {
-    const unsigned start = left & (0u - left);
-    const unsigned ahead = closure(next, start, everyone);
-    if (closure(back, start, ahead) != ahead) return false;
-    left &= ~ahead;
-  }
-  return true;
-}
-
 }  // namespace
 
-bool Memo::Matched(const unsigned* masks, int m) {
-  // Up to nine masks of ten bits each, and their count.
+bool Memo::Matched(const LineMasks& masks, int n) {
+  // Nine masks of ten bits each.
   std::uint64_t low = 0;
-  std::uint64_t high = static_cast<std::uint64_t>(m) << 30 | std::uint64_t{1} << 62;
-  for (int i = 0; i < m; ++i) {
+  std::uint64_t high = std::uint64_t{1} << 62;
+  for (int i = 0; i < n; ++i) {
+    const auto bits = static_cast<std::uint64_t>(masks[static_cast<std::size_t>(i)] & 1023u);
     if (i < 6) {
-      low |= static_cast<std::uint64_t>(masks[i] & 1023u) << (10 * i);
+      low |= bits << (10 * i);
     } else {
-      high |= static_cast<std::uint64_t>(masks[i] & 1023u) << (10 * (i - 6));
+      high |= bits << (10 * (i - 6));
     }
   }
   if (!matched_) matched_ = std::make_unique<std::array<MatchedEntry, 1024>>();
   const std::uint64_t hash = (low * 0x9E3779B97F4A7C15ull) ^ (high * 0xC2B2AE3D27D4EB4Full);
   MatchedEntry& entry = (*matched_)[static_cast<std::size_t>(hash >> 54)];
   if (entry.low == low && (entry.high & ~(std::uint64_t{1} << 63)) == high) return (entry.high >> 63) != 0;
-  const bool all = EveryPairMatched(masks, m);
+  LineMasks kept = masks;
+  const bool all = KeepMatched(kept, n) == 0;
   entry.low = low;
   entry.high = high | (all ? std::uint64_t{1} << 63 : 0);
   return all;
@@ -153,23 +80,12 @@ std::uint32_t Memo::SubsetFreeLines(const Grid& g, std::uint32_t lines) {
   for (std::uint32_t unknown = lines & ~linesKnown_; unknown != 0; unknown &= unknown - 1) {
     const int l = std::countr_zero(unknown);
     linesKnown_ |= 1u << l;
-    const Line cells = LineCells(n, l);
-    std::array<unsigned, kMaxGridSize> masks{};
-    int m = 0;
-    DigitMask placed = 0;
-    for (int i = 0; i < n; ++i) {
-      const auto c = static_cast<std::size_t>(cells[static_cast<std::size_t>(i)]);
-      if (g.placed[c]) {
-        placed |= g.cand[c];
-      } else {
-        masks[static_cast<std::size_t>(m++)] = g.cand[c];
-      }
-    }
-    // An open cell still holding a placed digit: the line is not settled, and the
-    // techniques see it as it is.
-    bool settled = true;
-    for (int i = 0; i < m; ++i) settled = settled && (masks[static_cast<std::size_t>(i)] & placed) == 0;
-    if (settled && Matched(masks.data(), m)) linesFree_ |= 1u << l;
+    // A subset strikes only what no way of filling the line uses.
+    LineMasks masks{};
+    const std::size_t first = l < n ? static_cast<std::size_t>(l * n) : static_cast<std::size_t>(l - n);
+    const std::size_t step = l < n ? 1 : static_cast<std::size_t>(n);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i) masks[i] = g.cand[first + i * step];
+    if (Matched(masks, n)) linesFree_ |= 1u << l;
   }
   return lines & linesFree_;
 }
@@ -177,33 +93,22 @@ std::uint32_t Memo::SubsetFreeLines(const Grid& g, std::uint32_t lines) {
 DigitMask Memo::FishFreeDigits(const Grid& g, DigitMask digits) {
   FreeFor(g);
   const int n = g.n;
-  for (DigitMask unknown = digits & ~digitsKnown_ & masks::Full(n); unknown != 0; unknown &= static_cast<DigitMask>(unknown - 1)) {
-    const int d = std::countr_zero(unknown);
-    digitsKnown_ |= masks::Bit(d);
-    // For each row, the columns where d may go; rows where d is placed hold it nowhere else.
-    std::array<unsigned, kMaxGridSize> spots{};
-    int m = 0;
-    unsigned placedColumns = 0;
-    bool settled = true;
-    for (int r = 0; r < n; ++r) {
-      unsigned at = 0;
-      int placedAt = -1;
-      for (int k = 0; k < n; ++k) {
-        const auto c = static_cast<std::size_t>(r * n + k);
-        if ((g.cand[c] & masks::Bit(d)) == 0) continue;
-        at |= 1u << k;
-        if (g.placed[c]) placedAt = k;
-      }
-      if (placedAt >= 0) {
-        settled = settled && at == 1u << placedAt;
-        placedColumns |= 1u << placedAt;
-      } else {
-        spots[static_cast<std::size_t>(m++)] = at;
-      }
+  const DigitMask unknown = digits & ~digitsKnown_ & masks::Full(n);
+  if (unknown == 0) return digits & digitsFree_;
+  digitsKnown_ |= unknown;
+  // For each digit and row, the columns where it may go (as digits 1..n): a fish strikes
+  // only what no way of placing the digit once in every row and column uses.
+  std::array<LineMasks, kMaxGridSize + 1> spots{};
+  for (int r = 0, c = 0; r < n; ++r) {
+    for (int k = 0; k < n; ++k, ++c) {
+      masks::ForEachDigit(static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & unknown), [&](int d) {
+        spots[static_cast<std::size_t>(d)][static_cast<std::size_t>(r)] |= masks::Bit(k + 1);
+      });
     }
-    for (int i = 0; i < m; ++i) settled = settled && (spots[static_cast<std::size_t>(i)] & placedColumns) == 0;
-    if (settled && Matched(spots.data(), m)) digitsFree_ |= masks::Bit(d);
   }
+  masks::ForEachDigit(unknown, [&](int d) {
+    if (Matched(spots[static_cast<std::size_t>(d)], n)) digitsFree_ |= masks::Bit(d);
+  });
   return digits & digitsFree_;
 }
 

@@ -9,6 +9,7 @@
 
 #include "solver/digit_masks.h"
 #include "solver/grid_masks.h"
+#include "solver/line_matching.h"
 
 namespace qm {
 
@@ -21,7 +22,6 @@ constexpr int kMaxLines = 2 * kMaxGridSize;
 constexpr int kMaxRelations = 2 * kMaxGridSize * (kMaxGridSize - 1);  // one per pair of neighbours
 using Domains = std::array<DigitMask, kMaxCells>;
 using LineCells = std::array<std::uint8_t, kMaxGridSize>;
-using LineMasks = std::array<DigitMask, kMaxGridSize>;
 using Word = std::uint64_t;
 
 struct Relation {
@@ -56,90 +56,6 @@ struct Work {
       }
     }
     return -1;
-  }
-};
-
-// Keeps exactly the candidates that some assignment of distinct digits to all the cells
-// uses (a perfect matching through that pair), for up to nine cells whose candidates
-// are digit bits 1..9. With one matching in hand, a cell may also take the digit matched
-// to a cell it can displace in a cycle: cell i may take match(j) when i can take it and
-// j can reach back to i. Returns the changed cells (bit i for cell i), or -1 when no
-// assignment is left.
-class Matcher {
- public:
-  static int Filter(LineMasks& m, int n) {
-    std::array<int, kMaxGridSize + 1> cellOf{};  // digit -> matched cell, or -1
-    std::array<int, kMaxGridSize> digitOf{};     // cell -> matched digit
-    cellOf.fill(-1);
-    // Most cells find a free digit at once; only the rest need augmenting paths.
-    DigitMask used = 0;
-    unsigned unmatched = 0;
-    for (int i = 0; i < n; ++i) {
-      const DigitMask free = static_cast<DigitMask>(m[static_cast<size_t>(i)] & ~used);
-      if (free == 0) {
-        unmatched |= 1u << i;
-        continue;
-      }
-      const int d = masks::Lowest(free);
-      used |= masks::Bit(d);
-      cellOf[static_cast<size_t>(d)] = i;
-      digitOf[static_cast<size_t>(i)] = d;
-    }
-    for (; unmatched != 0; unmatched &= unmatched - 1) {
-      DigitMask visited = 0;
-      if (!Augment(m, std::countr_zero(unmatched), visited, cellOf, digitOf)) return -1;
-    }
-    // reach[i]: the cells whose matched digit cell i can take, closed transitively.
-    std::array<unsigned, kMaxGridSize> reach{};
-    for (int i = 0; i < n; ++i) {
-      unsigned r = 0;
-      masks::ForEachDigit(m[static_cast<size_t>(i)], [&](int d) { r |= 1u << cellOf[static_cast<size_t>(d)]; });
-      reach[static_cast<size_t>(i)] = r;
-    }
-    for (int k = 0; k < n; ++k) {
-      const unsigned via = reach[static_cast<size_t>(k)];
-      for (int i = 0; i < n; ++i) {
-        if ((reach[static_cast<size_t>(i)] >> k & 1u) != 0) reach[static_cast<size_t>(i)] |= via;
-      }
-    }
-    // backTo[i]: the digits whose cells can reach cell i again.
-    std::array<DigitMask, kMaxGridSize> backTo{};
-    for (int d = 1; d <= n; ++d) {
-      const unsigned r = reach[static_cast<size_t>(cellOf[static_cast<size_t>(d)])];
-      for (int i = 0; i < n; ++i) {
-        if ((r >> i & 1u) != 0) backTo[static_cast<size_t>(i)] |= masks::Bit(d);
-      }
-    }
-    int changed = 0;
-    for (int i = 0; i < n; ++i) {
-      DigitMask& v = m[static_cast<size_t>(i)];
-      const DigitMask keep =
-          static_cast<DigitMask>(v & (backTo[static_cast<size_t>(i)] | masks::Bit(digitOf[static_cast<size_t>(i)])));
-      if (keep != v) {
-        v = keep;
-        changed |= 1 << i;
-      }
-    }
-    return changed;
-  }
-
- private:
-  // Finds a digit for cell i, moving earlier cells to other digits where needed.
-  static bool Augment(const LineMasks& m, int i, DigitMask& visited, std::array<int, kMaxGridSize + 1>& cellOf,
-                      std::array<int, kMaxGridSize>& digitOf) {
-    DigitMask options = static_cast<DigitMask>(m[static_cast<size_t>(i)] & ~visited);
-    while (options != 0) {
-      const int d = masks::Lowest(options);
-      options = static_cast<DigitMask>(options & (options - 1));
-      visited |= masks::Bit(d);
-      int& holder = cellOf[static_cast<size_t>(d)];
-      if (holder < 0 || Augment(m, holder, visited, cellOf, digitOf)) {
-        holder = i;
-        digitOf[static_cast<size_t>(i)] = d;
-        return true;
-      }
-    }
-    return false;
   }
 };
 
@@ -195,7 +111,7 @@ class OrderedLine {
       masks::ForEachDigit(v, [&](int d) { takers[static_cast<size_t>(rankOf[static_cast<size_t>(d)])] |= 1u << c; });
     }
     // Without such an order, any arrangement of distinct digits respects it.
-    if (!ordered) return Matcher::Filter(m, n);
+    if (!ordered) return KeepMatched(m, n);
     std::array<DigitMask, kMaxGridSize> keep{};
     bool possible;
     switch (u <= 6 ? 1 : 1 << (u - 6)) {
@@ -686,7 +602,7 @@ class Search {
       } else if ((orderedLines_ >> l & 1u) != 0) {
         changed = OrderedLine::Filter(m, n_, lineBelow_[static_cast<size_t>(l)]);
       } else {
-        changed = Matcher::Filter(m, n_);
+        changed = KeepMatched(m, n_);
       }
       if (changed < 0) return Failed(lineWeight_[static_cast<size_t>(l)]);
       for (int i = 0; i < n_; ++i) {
@@ -749,7 +665,7 @@ class Search {
       columns[static_cast<size_t>(r)] = cols;
       before[static_cast<size_t>(r)] = cols;
     }
-    const int changed = Matcher::Filter(columns, n_);
+    const int changed = KeepMatched(columns, n_);
     if (changed < 0) return false;
     for (int r = 0; r < n_; ++r) {
       if ((changed >> r & 1) == 0) continue;

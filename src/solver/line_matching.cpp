@@ -1,0 +1,96 @@
+#include "solver/line_matching.h"
+
+#include <bit>
+#include <cstddef>
+
+namespace qm {
+
+namespace {
+
+using masks::DigitMask;
+using std::size_t;
+
+// Finds a digit for cell i, moving earlier cells to other digits where needed.
+bool Augment(const LineMasks& m, int i, DigitMask& visited, std::array<int, kMaxGridSize + 1>& cellOf,
+             std::array<int, kMaxGridSize>& digitOf) {
+  DigitMask options = static_cast<DigitMask>(m[static_cast<size_t>(i)] & ~visited);
+  while (options != 0) {
+    const int d = masks::Lowest(options);
+    options = static_cast<DigitMask>(options & (options - 1));
+    visited |= masks::Bit(d);
+    int& holder = cellOf[static_cast<size_t>(d)];
+    if (holder < 0 || Augment(m, holder, visited, cellOf, digitOf)) {
+      holder = i;
+      digitOf[static_cast<size_t>(i)] = d;
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+int KeepMatched(LineMasks& m, int n) {
+  std::array<int, kMaxGridSize + 1> cellOf{};  // digit -> matched cell, or -1
+  std::array<int, kMaxGridSize> digitOf{};     // cell -> matched digit
+  cellOf.fill(-1);
+  // Most cells find a free digit at once; only the rest need augmenting paths.
+  DigitMask used = 0;
+  unsigned unmatched = 0;
+  for (int i = 0; i < n; ++i) {
+    const DigitMask free = static_cast<DigitMask>(m[static_cast<size_t>(i)] & ~used);
+    if (free == 0) {
+      unmatched |= 1u << i;
+      continue;
+    }
+    const int d = masks::Lowest(free);
+    used |= masks::Bit(d);
+    cellOf[static_cast<size_t>(d)] = i;
+    digitOf[static_cast<size_t>(i)] = d;
+  }
+  for (; unmatched != 0; unmatched &= unmatched - 1) {
+    DigitMask visited = 0;
+    if (!Augment(m, std::countr_zero(unmatched), visited, cellOf, digitOf)) return -1;
+  }
+  // Cell i may take the digit of each cell in next[i], which must then move; a pair is in
+  // some assignment exactly when that move lies on a cycle, so when both cells are in one
+  // strongly connected part. Each part is what its first cell reaches and is reached by.
+  std::array<unsigned, kMaxGridSize> next{};
+  std::array<unsigned, kMaxGridSize> back{};
+  for (int i = 0; i < n; ++i) {
+    masks::ForEachDigit(m[static_cast<size_t>(i)], [&](int d) {
+      const int j = cellOf[static_cast<size_t>(d)];
+      next[static_cast<size_t>(i)] |= 1u << j;
+      back[static_cast<size_t>(j)] |= 1u << i;
+    });
+  }
+  auto closure = [](const std::array<unsigned, kMaxGridSize>& step, unsigned from, unsigned within) {
+    unsigned all = from;
+    for (unsigned frontier = from; frontier != 0;) {
+      unsigned reached = 0;
+      for (; frontier != 0; frontier &= frontier - 1) reached |= step[static_cast<size_t>(std::countr_zero(frontier))];
+      frontier = reached & within & ~all;
+      all |= frontier;
+    }
+    return all;
+  };
+  int changed = 0;
+  for (unsigned left = (1u << n) - 1u; left != 0;) {
+    const unsigned start = left & (0u - left);
+    const unsigned part = closure(next, start, left) & closure(back, start, left);
+    left &= ~part;
+    DigitMask digits = 0;
+    for (unsigned bits = part; bits != 0; bits &= bits - 1) digits |= masks::Bit(digitOf[static_cast<size_t>(std::countr_zero(bits))]);
+    for (unsigned bits = part; bits != 0; bits &= bits - 1) {
+      const int i = std::countr_zero(bits);
+      DigitMask& v = m[static_cast<size_t>(i)];
+      if ((v & ~digits) != 0) {
+        v = static_cast<DigitMask>(v & digits);
+        changed |= 1 << i;
+      }
+    }
+  }
+  return changed;
+}
+
+}  // namespace qm
