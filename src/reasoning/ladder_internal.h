@@ -367,8 +367,9 @@ class Memo {
   Placed placesPlaced_{};
   // What SubsetFreeLines and FishFreeDigits found on the grid freeCand_, freePlaced_.
   void FreeFor(const Grid& g);
-  // Whether KeepMatched keeps every candidate of the line, remembered by the line: the
-  // trials of the contradiction rungs meet the same lines again and again.
+  // Whether KeepMatched keeps every candidate of the line, remembered by the line once
+  // the contradiction rungs follow assumptions: their trials meet the same lines again
+  // and again.
   bool Matched(const std::array<DigitMask, kMaxGridSize>& masks, int n);
   struct MatchedEntry {
     std::uint64_t low = 0;

@@ -41,6 +41,11 @@ constexpr const char* kSubsetNames[] = {"", "", "pair", "triple", "quad"};
 }  // namespace
 
 bool Memo::Matched(const LineMasks& masks, int n) {
+  // Only the contradiction rungs, which follow assumptions, meet lines again and again.
+  if (!topology_) {
+    LineMasks kept = masks;
+    return KeepMatched(kept, n) == 0;
+  }
   // Nine masks of ten bits each.
   std::uint64_t low = 0;
   std::uint64_t high = std::uint64_t{1} << 62;
