@@ -382,10 +382,9 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
   const Cand* quick = Quick(c, d);
   if (quick == nullptr) return false;
   Entry& e = At(c, d);
-  // A grid the trial lies within on which rungs 1 to 5 found nothing: where it ended
-  // before, or g itself. The rungs look again only where the trial differs from it.
-  Cand quiet = g.cand;
-  Placed quietPlaced = g.placed;
+  // A settled grid the trial lies within on which rungs 1 to 5 found nothing: where it
+  // ended before, or g itself. The rungs look again only where the trial differs from it.
+  Cand quiet;
   bool scoped = true;
   if (e.deepKnown) {
     if (!e.deepHolds) return false;
@@ -395,8 +394,8 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
       if (renewed.holds) Held(e.deep);
       return e.deepHolds = renewed.holds;
     }
-    for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) quietPlaced[x] = Single(quiet[x]);
   } else {
+    quiet = g.cand;
     e.deep = *quick;
     scoped = Quiet(g);
   }
@@ -406,7 +405,7 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
   e.deepHolds = false;
   // Each rung looks again only where the trial changed since it last found nothing.
   std::array<Scope, kBelowChains> since;
-  since.fill(scoped ? Scope::Changed(trial, quiet, quietPlaced) : kWholeGrid);
+  since.fill(scoped ? Scope::ChangedSettled(trial, quiet) : kWholeGrid);
   Step step;
   for (int i = 0; i < budget; ++i) {
     SkipSettledRungs(since);  // the trial is settled
@@ -416,7 +415,6 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
       return e.deepHolds = true;
     }
     const Cand before = trial.cand;
-    const Placed beforePlaced = trial.placed;
     Apply(trial, step);
     if (IsBroken(trial)) return false;
     Pending todo;
@@ -424,7 +422,7 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
     for (const auto& [cell, digit] : step.placed) todo.Cell(cell);
     if (!Settle(*topology_, trial.cand, todo)) return false;
     for (std::size_t x = 0; x < static_cast<std::size_t>(cells_); ++x) trial.placed[x] = Single(trial.cand[x]);
-    const Scope changed = Scope::Changed(trial, before, beforePlaced);
+    const Scope changed = Scope::ChangedSettled(trial, before);
     for (Scope& scope : since) scope.Add(changed);
   }
   e.deepKnown = false;  // out of steps: held, but not to a known end

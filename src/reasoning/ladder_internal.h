@@ -10,6 +10,9 @@
 #include <string>
 #include <tuple>
 #include <vector>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "reasoning/ladder.h"
 #include "solver/grid_masks.h"
@@ -94,6 +97,25 @@ constexpr bool Single(DigitMask m) { return m != 0 && (m & (m - 1)) == 0; }
 
 inline int Cells(const Grid& g) { return g.n * g.n; }
 
+// The cells where two grids' candidates differ, as bits.
+inline std::array<std::uint64_t, 2> DifferingCells(const std::array<DigitMask, kMaxCells>& a,
+                                                   const std::array<DigitMask, kMaxCells>& b) {
+  std::array<std::uint64_t, 2> differ{};
+  std::size_t x = 0;
+#if defined(__SSE2__)
+  static_assert(sizeof(DigitMask) == 2);
+  for (; x + 8 <= a.size(); x += 8) {
+    const __m128i same = _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(a.data() + x)),
+                                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(b.data() + x)));
+    differ[x >> 6] |= static_cast<std::uint64_t>(~_mm_movemask_epi8(_mm_packs_epi16(same, same)) & 0xFF) << (x & 63);
+  }
+#endif
+  for (; x < a.size(); ++x) {
+    if (a[x] != b[x]) differ[x >> 6] |= std::uint64_t{1} << (x & 63);
+  }
+  return differ;
+}
+
 // The part of a grid a rung of 1 to 5 looks at. Each finds its steps line by line, cell
 // by cell, sign by sign or digit by digit, so on a grid where it found nothing it can
 // find something only where cells have changed since: only there does it look again.
@@ -130,6 +152,24 @@ struct Scope {
                                                  (g.placed[ci] != quietPlaced[ci] ? g.cand[ci] : 0));
         scope.lineDigits[static_cast<std::size_t>(r)] |= lost;
         scope.lineDigits[static_cast<std::size_t>(n + k)] |= lost;
+      }
+    }
+    return scope;
+  }
+  // The same for two settled grids, whose cells are placed exactly when they hold one
+  // digit: only the candidates need comparing.
+  static Scope ChangedSettled(const Grid& g, const std::array<DigitMask, kMaxCells>& quietCand) {
+    Scope scope{{}, 0, 0, {}};
+    const int n = g.n;
+    const std::array<std::uint64_t, 2> differ = DifferingCells(g.cand, quietCand);
+    for (std::size_t w = 0; w < differ.size(); ++w) {
+      for (std::uint64_t bits = differ[w]; bits != 0; bits &= bits - 1) {
+        const std::size_t ci = w * 64 + static_cast<std::size_t>(std::countr_zero(bits));
+        const DigitMask now = g.cand[ci];
+        const DigitMask was = quietCand[ci];
+        // A cell placed with its one digit changes that digit's places too.
+        scope.Add(n, static_cast<int>(ci), static_cast<DigitMask>((was ^ now) | (Single(now) && !Single(was) ? now : 0)));
+        scope.digits |= was | now;
       }
     }
     return scope;
