@@ -1,5 +1,6 @@
 // Rungs 4 and 5: naked and hidden pairs, triples and quads within a line, and one digit's
 // places across rows or columns (X-wing, swordfish).
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -104,9 +105,24 @@ DigitMask Memo::FishFreeDigits(const Grid& g, DigitMask digits) {
   // For each digit and row, the columns where it may go (as digits 1..n): a fish strikes
   // only what no way of placing the digit once in every row and column uses.
   std::array<LineMasks, kMaxGridSize + 1> spots{};
-  for (int r = 0, c = 0; r < n; ++r) {
-    for (int k = 0; k < n; ++k, ++c) {
-      masks::ForEachDigit(static_cast<DigitMask>(g.cand[static_cast<std::size_t>(c)] & unknown), [&](int d) {
+  for (int r = 0; r < n; ++r) {
+    const auto first = static_cast<std::size_t>(r * n);
+    int k = 0;
+#if defined(__SSE2__)
+    // A row's first eight cells at once: each digit's bit shifted to the top of its lane.
+    // The last row of a 9x9 ends at the last cell, so the load never leaves the grid.
+    static_assert(sizeof(DigitMask) == 2 && kMaxCells >= 8 * kMaxGridSize + 8);
+    const __m128i row = _mm_loadu_si128(reinterpret_cast<const __m128i*>(g.cand.data() + first));
+    const unsigned inRow = (1u << std::min(n, 8)) - 1u;
+    masks::ForEachDigit(unknown, [&](int d) {
+      const __m128i top = _mm_sll_epi16(row, _mm_cvtsi32_si128(15 - d));
+      const auto bits = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(top, top))) & inRow;
+      spots[static_cast<std::size_t>(d)][static_cast<std::size_t>(r)] = static_cast<DigitMask>(bits << 1);
+    });
+    k = std::min(n, 8);
+#endif
+    for (; k < n; ++k) {
+      masks::ForEachDigit(static_cast<DigitMask>(g.cand[first + static_cast<std::size_t>(k)] & unknown), [&](int d) {
         spots[static_cast<std::size_t>(d)][static_cast<std::size_t>(r)] |= masks::Bit(k + 1);
       });
     }
