@@ -81,6 +81,8 @@ void Memo::FreeFor(const Grid& g) {
 }
 
 std::uint32_t Memo::SubsetFreeLines(const Grid& g, std::uint32_t lines) {
+  // Below 8x8 a line holds few enough subsets that trying them is quicker than matching.
+  if (g.n < 8) return 0;
   FreeFor(g);
   const int n = g.n;
   for (std::uint32_t unknown = lines & ~linesKnown_; unknown != 0; unknown &= unknown - 1) {
@@ -97,6 +99,7 @@ std::uint32_t Memo::SubsetFreeLines(const Grid& g, std::uint32_t lines) {
 }
 
 DigitMask Memo::FishFreeDigits(const Grid& g, DigitMask digits) {
+  if (g.n < 8) return 0;  // as for subsets
   FreeFor(g);
   const int n = g.n;
   const DigitMask unknown = digits & ~digitsKnown_ & masks::Full(n);
