@@ -85,6 +85,7 @@ std::uint32_t Memo::SubsetFreeLines(const Grid& g, std::uint32_t lines) {
   if (g.n < 8) return 0;
   FreeFor(g);
   const int n = g.n;
+  lines &= (1u << (2 * n)) - 1u;  // a scope of the whole grid has every bit set
   for (std::uint32_t unknown = lines & ~linesKnown_; unknown != 0; unknown &= unknown - 1) {
     const int l = std::countr_zero(unknown);
     linesKnown_ |= 1u << l;
