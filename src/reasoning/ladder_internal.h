@@ -400,13 +400,14 @@ class Memo {
   bool baseHolds_ = false;
   Cand held_{};  // digits placed in an end state that held on this grid
   enum { Unknown, Yes, No } quiet_ = Unknown;
+  // The grid the places and the lines and digits free of subsets and fish were worked
+  // out for; a grid that differs forgets them.
+  void View(const Grid& g);
+  Cand viewCand_{};
+  Placed viewPlaced_{};
+  int viewN_ = 0;
   bool placesKnown_ = false;
-  int placesN_ = 0;
   Places places_;
-  Cand placesCand_{};
-  Placed placesPlaced_{};
-  // What SubsetFreeLines and FishFreeDigits found on the grid freeCand_, freePlaced_.
-  void FreeFor(const Grid& g);
   // Whether KeepMatched keeps every candidate of the line, remembered by the line once
   // the contradiction rungs follow assumptions: their trials meet the same lines again
   // and again.
@@ -416,9 +417,6 @@ class Memo {
     std::uint64_t high = 0;  // 0: empty; bit 63: the answer
   };
   std::unique_ptr<std::array<MatchedEntry, 1024>> matched_;
-  Cand freeCand_{};
-  Placed freePlaced_{};
-  int freeN_ = 0;
   std::uint32_t linesKnown_ = 0;
   std::uint32_t linesFree_ = 0;
   DigitMask digitsKnown_ = 0;

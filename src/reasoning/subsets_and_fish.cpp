@@ -69,11 +69,12 @@ bool Memo::Matched(const LineMasks& masks, int n) {
   return all;
 }
 
-void Memo::FreeFor(const Grid& g) {
-  if (freeN_ == g.n && g.cand == freeCand_ && g.placed == freePlaced_) return;
-  freeN_ = g.n;
-  freeCand_ = g.cand;
-  freePlaced_ = g.placed;
+void Memo::View(const Grid& g) {
+  if (viewN_ == g.n && g.cand == viewCand_ && g.placed == viewPlaced_) return;
+  viewN_ = g.n;
+  viewCand_ = g.cand;
+  viewPlaced_ = g.placed;
+  placesKnown_ = false;
   linesKnown_ = 0;
   linesFree_ = 0;
   digitsKnown_ = 0;
@@ -83,7 +84,7 @@ void Memo::FreeFor(const Grid& g) {
 std::uint32_t Memo::SubsetFreeLines(const Grid& g, std::uint32_t lines) {
   // Below 8x8 a line holds few enough subsets that trying them is quicker than matching.
   if (g.n < 8) return 0;
-  FreeFor(g);
+  View(g);
   const int n = g.n;
   lines &= (1u << (2 * n)) - 1u;  // a scope of the whole grid has every bit set
   for (std::uint32_t unknown = lines & ~linesKnown_; unknown != 0; unknown &= unknown - 1) {
@@ -91,9 +92,8 @@ std::uint32_t Memo::SubsetFreeLines(const Grid& g, std::uint32_t lines) {
     linesKnown_ |= 1u << l;
     // A subset strikes only what no way of filling the line uses.
     LineMasks masks{};
-    const std::size_t first = l < n ? static_cast<std::size_t>(l * n) : static_cast<std::size_t>(l - n);
-    const std::size_t step = l < n ? 1 : static_cast<std::size_t>(n);
-    for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i) masks[i] = g.cand[first + i * step];
+    const Line cells = LineCells(n, l);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i) masks[i] = g.cand[static_cast<std::size_t>(cells[i])];
     if (Matched(masks, n)) linesFree_ |= 1u << l;
   }
   return lines & linesFree_;
@@ -101,7 +101,7 @@ std::uint32_t Memo::SubsetFreeLines(const Grid& g, std::uint32_t lines) {
 
 DigitMask Memo::FishFreeDigits(const Grid& g, DigitMask digits) {
   if (g.n < 8) return 0;  // as for subsets
-  FreeFor(g);
+  View(g);
   const int n = g.n;
   const DigitMask unknown = digits & ~digitsKnown_ & masks::Full(n);
   if (unknown == 0) return digits & digitsFree_;
@@ -138,7 +138,8 @@ DigitMask Memo::FishFreeDigits(const Grid& g, DigitMask digits) {
 }
 
 const Places& Memo::PlacesFor(const Grid& g) {
-  if (placesKnown_ && placesN_ == g.n && g.cand == placesCand_ && g.placed == placesPlaced_) return places_;
+  View(g);
+  if (placesKnown_) return places_;
   const int n = g.n;
   Places& p = places_;
   p = Places{};
@@ -161,9 +162,6 @@ const Places& Memo::PlacesFor(const Grid& g) {
     }
   }
   placesKnown_ = true;
-  placesN_ = n;
-  placesCand_ = g.cand;
-  placesPlaced_ = g.placed;
   return p;
 }
 
