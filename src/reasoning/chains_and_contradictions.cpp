@@ -375,14 +375,15 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
   // to 5 leave as it is, within the grid and c = d. Followed from c = d alone they strike
   // only digits outside some such state, so they never reach a broken one.
   if ((held_[static_cast<std::size_t>(c)] & masks::Bit(d)) != 0) return true;
-  const Cand* quick = Quick(c, d);
-  if (quick == nullptr) return false;
+  if (!baseHolds_ || (base_[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) return false;
   Entry& e = At(c, d);
   // A settled grid the trial lies within on which rungs 1 to 5 found nothing: where it
   // ended before, or g itself. The rungs look again only where the trial differs from it.
   Cand quiet;
   bool scoped = true;
   if (e.deepKnown) {
+    // Where it ended before lies within where singles and signs lead, so it breaks
+    // whenever those do: that end is not renewed first.
     if (!e.deepHolds) return false;
     quiet = e.deep;
     const Renewed renewed = Renew(e.deep);
@@ -391,6 +392,8 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
       return e.deepHolds = renewed.holds;
     }
   } else {
+    const Cand* quick = Quick(c, d);
+    if (quick == nullptr) return false;
     quiet = g.cand;
     e.deep = *quick;
     scoped = Quiet(g);
@@ -568,22 +571,33 @@ bool TestAssumption(const Grid& g, int c, int d, bool deep, Step& step, Memo& me
   return true;
 }
 
-// Every open cell and digit, cells with fewer candidates first: their assumptions break
-// soonest.
-std::vector<std::pair<int, int>> Assumptions(const Grid& g) {
-  std::vector<int> order;
-  for (int c = 0; c < Cells(g); ++c) {
-    if (!g.placed[static_cast<std::size_t>(c)]) order.push_back(c);
+// Every open cell and digit, cells with fewer candidates first (in cell order among
+// equals): their assumptions break soonest. A bucket per count, as every contradiction
+// pass asks for them.
+class Assumptions {
+ public:
+  explicit Assumptions(const Grid& g) {
+    std::array<int, kMaxGridSize + 2> start{};
+    for (int c = 0; c < Cells(g); ++c) {
+      if (!g.placed[static_cast<std::size_t>(c)]) ++start[static_cast<std::size_t>(masks::Count(g.cand[static_cast<std::size_t>(c)])) + 1];
+    }
+    for (std::size_t k = 1; k < start.size(); ++k) start[k] += start[k - 1];
+    std::array<int, kMaxCells> order{};
+    for (int c = 0; c < Cells(g); ++c) {
+      if (!g.placed[static_cast<std::size_t>(c)]) order[static_cast<std::size_t>(start[masks::Count(g.cand[static_cast<std::size_t>(c)])]++)] = c;
+    }
+    for (int i = 0; i < start.back(); ++i) {
+      const int c = order[static_cast<std::size_t>(i)];
+      masks::ForEachDigit(g.cand[static_cast<std::size_t>(c)], [&](int d) { items_[size_++] = {c, d}; });
+    }
   }
-  std::stable_sort(order.begin(), order.end(), [&](int x, int y) {
-    return masks::Count(g.cand[static_cast<std::size_t>(x)]) < masks::Count(g.cand[static_cast<std::size_t>(y)]);
-  });
-  std::vector<std::pair<int, int>> all;
-  for (int c : order) {
-    masks::ForEachDigit(g.cand[static_cast<std::size_t>(c)], [&](int d) { all.emplace_back(c, d); });
-  }
-  return all;
-}
+  const std::pair<int, int>* begin() const { return items_.data(); }
+  const std::pair<int, int>* end() const { return items_.data() + size_; }
+
+ private:
+  std::array<std::pair<int, int>, kMaxCells * kMaxGridSize> items_;
+  std::size_t size_ = 0;
+};
 
 bool Contradiction(const Grid& g, Step& step, bool deep, Memo& memo) {
   memo.Look(g);
@@ -671,7 +685,7 @@ bool NestedContradiction(const Grid& g, Step& step, Memo& memo) {
   // and the rung would spend its whole effort for nothing: an empty 9x9 took seconds.
   if (memo.Solutions(g) > 1) return false;
   const Cand* solution = memo.KnownSolution();
-  const std::vector<std::pair<int, int>> assumptions = Assumptions(g);
+  const Assumptions assumptions(g);
   // First with rungs 1 to 5 and the quick contradiction inside: inside a false assumption
   // those most often suffice, and the forcing chain and the deep contradiction cost the
   // most. Then with every rung. Each time those that did not break on the grid before

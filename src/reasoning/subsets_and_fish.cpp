@@ -43,10 +43,7 @@ constexpr const char* kSubsetNames[] = {"", "", "pair", "triple", "quad"};
 
 bool Memo::Matched(const LineMasks& masks, int n) {
   // Only the contradiction rungs, which follow assumptions, meet lines again and again.
-  if (!topology_) {
-    LineMasks kept = masks;
-    return KeepMatched(kept, n) == 0;
-  }
+  if (!topology_) return AllMatched(masks, n);
   // Nine masks of ten bits each.
   std::uint64_t low = 0;
   std::uint64_t high = std::uint64_t{1} << 62;
@@ -62,8 +59,7 @@ bool Memo::Matched(const LineMasks& masks, int n) {
   const std::uint64_t hash = (low * 0x9E3779B97F4A7C15ull) ^ (high * 0xC2B2AE3D27D4EB4Full);
   MatchedEntry& entry = (*matched_)[static_cast<std::size_t>(hash >> 54)];
   if (entry.low == low && (entry.high & ~(std::uint64_t{1} << 63)) == high) return (entry.high >> 63) != 0;
-  LineMasks kept = masks;
-  const bool all = KeepMatched(kept, n) == 0;
+  const bool all = AllMatched(masks, n);
   entry.low = low;
   entry.high = high | (all ? std::uint64_t{1} << 63 : 0);
   return all;

@@ -21,4 +21,12 @@ using LineMasks = std::array<masks::DigitMask, kMaxGridSize>;
 // assignment is left.
 int KeepMatched(LineMasks& m, int n);
 
+// Whether KeepMatched would keep every candidate.
+bool AllMatched(const LineMasks& m, int n);
+
+// True only when every candidate surely lies in some assignment, seen from how many
+// candidates each cell has and in how many cells each digit may go: a quick answer for
+// most settled lines, false (not known) for the rest.
+bool MatchedByCounting(const LineMasks& m, int n);
+
 }  // namespace qm
