@@ -324,7 +324,8 @@ void Memo::Look(const Grid& g) {
   // A grid that is not within the last one: what was remembered may not hold. Where an
   // assumption leads on the grid it was made on holds within it, on the grid of another
   // assumption too: a start no worse than nothing.
-  if (!seen_ || !within(last_)) {
+  const bool narrower = seen_ && within(last_);
+  if (!narrower) {
     solution_ = NotSought;
     stalled_.fill(0);
     if (parent_ != nullptr && parent_->seen_ && parent_->entries_.size() == entries_.size() && within(parent_->last_)) {
@@ -336,10 +337,16 @@ void Memo::Look(const Grid& g) {
   last_ = g.cand;
   lastPlaced_ = g.placed;
   seen_ = true;
-  base_ = g.cand;
-  Pending todo;
-  todo.All(g.n);
-  baseHolds_ = Settle(*topology_, base_, todo);
+  if (narrower && baseHolds_) {
+    // Settled from what the step changed: the same state as settling g afresh, as
+    // everything settling strikes from g lies outside the last settled grid already.
+    baseHolds_ = Narrow(*topology_, base_, g.cand).holds;
+  } else {
+    base_ = g.cand;
+    Pending todo;
+    todo.All(g.n);
+    baseHolds_ = Settle(*topology_, base_, todo);
+  }
   quiet_ = Unknown;
   held_.fill(0);
 }
@@ -439,17 +446,19 @@ bool Memo::Quiet(const Grid& g) {
 }
 
 
-Memo::Renewed Memo::Renew(Cand& end) const {
-  // Most end states lie within the grid still: one pass the compiler does in vectors.
-  // Past the grid's cells both are empty.
+Memo::Renewed Memo::Renew(Cand& end) const { return Narrow(*topology_, end, base_); }
+
+Memo::Renewed Memo::Narrow(const Topology& t, Cand& state, const Cand& to) {
+  // Most states lie within `to` still: one pass the compiler does in vectors. Past the
+  // grid's cells both are empty.
   DigitMask outside = 0;
-  for (std::size_t x = 0; x < end.size(); ++x) outside |= static_cast<DigitMask>(end[x] & ~base_[x]);
+  for (std::size_t x = 0; x < state.size(); ++x) outside |= static_cast<DigitMask>(state[x] & ~to[x]);
   if (outside == 0) return {true, false};
-  const Cand was = end;
-  for (std::size_t x = 0; x < end.size(); ++x) end[x] &= base_[x];
+  const Cand was = state;
+  for (std::size_t x = 0; x < state.size(); ++x) state[x] &= to[x];
   Pending todo;
-  todo.cells = DifferingCells(was, end);
-  return {Settle(*topology_, end, todo), true};
+  todo.cells = DifferingCells(was, state);
+  return {Settle(t, state, todo), true};
 }
 
 bool AllPlaced(const Grid& g) {

@@ -382,6 +382,8 @@ class Memo {
   // `end`, where an assumption led on this grid, held: so do the digits it places.
   void Held(const Cand& end);
   Renewed Renew(Cand& end) const;
+  // A settled state narrowed to `to` and settled again from the cells that lost digits.
+  static Renewed Narrow(const Topology& t, Cand& state, const Cand& to);
 
   // Signs as bits of their indices into Grid::signs.
   using SignSet = std::array<std::uint64_t, (std::tuple_size_v<decltype(Grid::signs)> + 63) / 64>;
