@@ -29,7 +29,6 @@ bool Augment(const LineMasks& m, int i, DigitMask& visited, std::array<int, kMax
   return false;
 }
 
-}  // namespace
 
 // Digit bits 1..9 spread to one four-bit counter each, so that adding cells counts, for
 // every digit at once, the cells where it may go.
@@ -43,52 +42,8 @@ constexpr auto kSpread = [] {
 
 constexpr int Nibble(std::uint64_t counters, int i) { return static_cast<int>(counters >> (4 * i) & 15u); }
 
-bool MatchedByCounting(const LineMasks& m, int n) {
-  // A cell with one digit no other cell may take stands apart. Among the other k cells, j
-  // of them confined to j digits need j cells with at most j candidates, and leave k - j
-  // digits to the other k - j cells, each digit in at most k - j of them. Where no j
-  // allows both, any j cells may take more than j digits, and then every candidate lies
-  // in some assignment (Hall). Most settled lines pass here, in a fraction of the time.
-  DigitMask all = 0;
-  DigitMask twice = 0;
-  DigitMask singles = 0;
-  int k = 0;
-  std::uint64_t cellsWith = 0;  // counter c: cells with c candidates
-  std::uint64_t places = 0;     // counter d - 1: the cells where digit d may go
-  for (int i = 0; i < n; ++i) {
-    const DigitMask v = m[static_cast<size_t>(i)];
-    twice |= static_cast<DigitMask>(all & v);
-    all |= v;
-    if (masks::IsSingle(v)) {
-      singles |= v;
-      continue;
-    }
-    ++k;
-    cellsWith += std::uint64_t{1} << (4 * masks::Count(v));
-    places += kSpread[static_cast<size_t>(v >> 1 & 511u)];
-  }
-  if (all != masks::Full(n) || (singles & twice) != 0 || (cellsWith & 15u) != 0) return false;
-  std::uint64_t digitsWith = 0;  // counter p: digits with p places
-  masks::ForEachDigit(static_cast<DigitMask>(all & ~singles),
-                      [&](int d) { digitsWith += std::uint64_t{1} << (4 * Nibble(places, d - 1)); });
-  // Counter i of the product is the sum of counters 0..i; no sum passes nine.
-  constexpr std::uint64_t kSums = 0x1111111111111111ull;
-  const std::uint64_t cellsWithin = cellsWith * kSums;
-  const std::uint64_t digitsWithin = digitsWith * kSums;
-  for (int j = 2; j < k; ++j) {
-    if (Nibble(cellsWithin, j) >= j && Nibble(digitsWithin, k - j) >= k - j) return false;
-  }
-  return true;
-}
-
-bool AllMatched(const LineMasks& m, int n) {
-  if (MatchedByCounting(m, n)) return true;
-  LineMasks kept = m;
-  return KeepMatched(kept, n) == 0;
-}
-
-int KeepMatched(LineMasks& m, int n) {
-  if (MatchedByCounting(m, n)) return 0;
+// KeepMatched without asking counting first.
+int KeepMatchedByMatching(LineMasks& m, int n) {
   std::array<int, kMaxGridSize + 1> cellOf{};  // digit -> matched cell, or -1
   std::array<int, kMaxGridSize> digitOf{};     // cell -> matched digit
   cellOf.fill(-1);
@@ -149,6 +104,55 @@ int KeepMatched(LineMasks& m, int n) {
     }
   }
   return changed;
+}
+
+}  // namespace
+
+bool MatchedByCounting(const LineMasks& m, int n) {
+  // A cell with one digit no other cell may take stands apart. Among the other k cells, j
+  // of them confined to j digits need j cells with at most j candidates, and leave k - j
+  // digits to the other k - j cells, each digit in at most k - j of them. Where no j
+  // allows both, any j cells may take more than j digits, and then every candidate lies
+  // in some assignment (Hall). Most settled lines pass here, in a fraction of the time.
+  DigitMask all = 0;
+  DigitMask twice = 0;
+  DigitMask singles = 0;
+  int k = 0;
+  std::uint64_t cellsWith = 0;  // counter c: cells with c candidates
+  std::uint64_t places = 0;     // counter d - 1: the cells where digit d may go
+  for (int i = 0; i < n; ++i) {
+    const DigitMask v = m[static_cast<size_t>(i)];
+    twice |= static_cast<DigitMask>(all & v);
+    all |= v;
+    if (masks::IsSingle(v)) {
+      singles |= v;
+      continue;
+    }
+    ++k;
+    cellsWith += std::uint64_t{1} << (4 * masks::Count(v));
+    places += kSpread[static_cast<size_t>(v >> 1 & 511u)];
+  }
+  if (all != masks::Full(n) || (singles & twice) != 0 || (cellsWith & 15u) != 0) return false;
+  std::uint64_t digitsWith = 0;  // counter p: digits with p places
+  masks::ForEachDigit(static_cast<DigitMask>(all & ~singles),
+                      [&](int d) { digitsWith += std::uint64_t{1} << (4 * Nibble(places, d - 1)); });
+  // Counter i of the product is the sum of counters 0..i; no sum passes nine.
+  constexpr std::uint64_t kSums = 0x1111111111111111ull;
+  const std::uint64_t cellsWithin = cellsWith * kSums;
+  const std::uint64_t digitsWithin = digitsWith * kSums;
+  for (int j = 2; j < k; ++j) {
+    if (Nibble(cellsWithin, j) >= j && Nibble(digitsWithin, k - j) >= k - j) return false;
+  }
+  return true;
+}
+
+
+int KeepMatched(LineMasks& m, int n) { return MatchedByCounting(m, n) ? 0 : KeepMatchedByMatching(m, n); }
+
+bool AllMatched(const LineMasks& m, int n) {
+  if (MatchedByCounting(m, n)) return true;
+  LineMasks kept = m;
+  return KeepMatchedByMatching(kept, n) == 0;
 }
 
 }  // namespace qm
