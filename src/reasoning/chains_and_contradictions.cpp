@@ -199,7 +199,7 @@ struct LineSums {
 
 // Line l (rows first) of the grid, eight cells at a time where the compiler offers SSE2:
 // settling asks after every cell that changed.
-LineSums SumLine(const Cand& cand, int n, const Line& cells, int l) {
+LineSums SumLine(const Cand& cand, int n, const Line& cells, [[maybe_unused]] int l) {
   LineSums sums;
   int i = 0;
 #if defined(__SSE2__)
