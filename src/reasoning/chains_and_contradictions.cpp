@@ -579,6 +579,13 @@ bool ForcingChain(const Grid& g, Step& step, Memo& memo) {
     const Cand* ga = memo.Quick(c, a);
     const Cand* gb = ga == nullptr ? nullptr : memo.Quick(c, b);
     if (gb == nullptr) continue;
+    // Most pairs strike nothing: one pass over every cell, which the compiler does in
+    // vectors, says so. The cell itself and placed cells never lose a digit here.
+    DigitMask struck = 0;
+    for (std::size_t x = 0; x < g.cand.size(); ++x) {
+      struck |= static_cast<DigitMask>(g.cand[x] & ~((*ga)[x] | (*gb)[x]));
+    }
+    if (struck == 0) continue;
     std::vector<std::pair<int, DigitMask>> removed;
     for (int x = 0; x < Cells(g); ++x) {
       if (x == c || g.placed[static_cast<std::size_t>(x)]) continue;
