@@ -210,11 +210,14 @@ LineSums SumLine(const Cand& cand, int n, const Line& cells, [[maybe_unused]] in
     static_assert(kMaxCells >= 8 * kMaxGridSize + 8);
     v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cand.data() + static_cast<std::ptrdiff_t>(l) * n));
   } else {
-    auto at = [&](int k) { return k < n ? static_cast<short>(cand[static_cast<std::size_t>(cells[static_cast<std::size_t>(k)])]) : short{0}; };
+    auto at = [&](int k) {
+      return k < n ? static_cast<short>(cand[static_cast<std::size_t>(cells[static_cast<std::size_t>(k)])]) : short{0};
+    };
     v = _mm_set_epi16(at(7), at(6), at(5), at(4), at(3), at(2), at(1), at(0));
   }
   if (n < 8) {
-    alignas(16) static constexpr std::uint16_t kLanes[16] = {0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF};
+    // Eight lanes kept, then eight cleared: from lane 8 - n on, the first n are kept.
+    static constexpr std::uint16_t kLanes[16] = {0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF};
     v = _mm_and_si128(v, _mm_loadu_si128(reinterpret_cast<const __m128i*>(kLanes + 8 - n)));
   }
   const __m128i zero = _mm_setzero_si128();
@@ -645,13 +648,14 @@ class Assumptions {
  public:
   explicit Assumptions(const Grid& g) {
     std::array<int, kMaxGridSize + 2> start{};
+    auto count = [&](int c) { return static_cast<std::size_t>(masks::Count(g.cand[static_cast<std::size_t>(c)])); };
     for (int c = 0; c < Cells(g); ++c) {
-      if (!g.placed[static_cast<std::size_t>(c)]) ++start[static_cast<std::size_t>(masks::Count(g.cand[static_cast<std::size_t>(c)])) + 1];
+      if (!g.placed[static_cast<std::size_t>(c)]) ++start[count(c) + 1];
     }
     for (std::size_t k = 1; k < start.size(); ++k) start[k] += start[k - 1];
     std::array<int, kMaxCells> order{};
     for (int c = 0; c < Cells(g); ++c) {
-      if (!g.placed[static_cast<std::size_t>(c)]) order[static_cast<std::size_t>(start[masks::Count(g.cand[static_cast<std::size_t>(c)])]++)] = c;
+      if (!g.placed[static_cast<std::size_t>(c)]) order[static_cast<std::size_t>(start[count(c)]++)] = c;
     }
     for (int i = 0; i < start.back(); ++i) {
       const int c = order[static_cast<std::size_t>(i)];

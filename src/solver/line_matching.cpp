@@ -29,7 +29,6 @@ bool Augment(const LineMasks& m, int i, DigitMask& visited, std::array<int, kMax
   return false;
 }
 
-
 // Digit bits 1..9 spread to one four-bit counter each, so that adding cells counts, for
 // every digit at once, the cells where it may go.
 constexpr auto kSpread = [] {
@@ -145,7 +144,6 @@ bool MatchedByCounting(const LineMasks& m, int n) {
   }
   return true;
 }
-
 
 int KeepMatched(LineMasks& m, int n) { return MatchedByCounting(m, n) ? 0 : KeepMatchedByMatching(m, n); }
 
