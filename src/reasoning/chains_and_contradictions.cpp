@@ -414,7 +414,7 @@ void Memo::Held(const Cand& end) {
 
 // Where c = d leads by singles and signs, or nullptr when it breaks the grid.
 const Cand* Memo::Quick(int c, int d) {
-  if (!baseHolds_ || (base_[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) return nullptr;
+  if (!Possible(c, d)) return nullptr;
   Entry& e = At(c, d);
   if (!e.quickKnown) {
     e.quick = base_;
@@ -436,7 +436,7 @@ bool Memo::DeepHolds(const Grid& g, int c, int d, int budget) {
   // to 5 leave as it is, within the grid and c = d. Followed from c = d alone they strike
   // only digits outside some such state, so they never reach a broken one.
   if ((held_[static_cast<std::size_t>(c)] & masks::Bit(d)) != 0) return true;
-  if (!baseHolds_ || (base_[static_cast<std::size_t>(c)] & masks::Bit(d)) == 0) return false;
+  if (!Possible(c, d)) return false;
   Entry& e = At(c, d);
   // A settled grid the trial lies within on which rungs 1 to 5 found nothing: where it
   // ended before, or g itself. The rungs look again only where the trial differs from it.

@@ -379,6 +379,10 @@ class Memo {
 
   // Whether rungs 1 to 5 find nothing on the grid last looked at, g.
   bool Quiet(const Grid& g);
+  // Whether c = d is still open on the settled grid, so that an assumption of it may hold.
+  bool Possible(int c, int d) const {
+    return baseHolds_ && (base_[static_cast<std::size_t>(c)] & masks::Bit(d)) != 0;
+  }
   // `end`, where an assumption led on this grid, held: so do the digits it places.
   void Held(const Cand& end);
   Renewed Renew(Cand& end) const;
